@@ -1,0 +1,452 @@
+#include "coagulation/vardo/updatebase.h"
+
+#include <QDebug>
+#include <QFileInfo>
+#include <QMap>
+#include <QMetaMethod>
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlField>
+#include <QSqlQuery>
+
+#include <algorithm>
+#include <array>
+
+namespace coagulation {
+
+namespace {
+
+/// \return true for a failure that has nothing to do with what is in the database
+bool isEnvironmentError(const QSqlError &error)
+{
+    // primary result codes, https://www.sqlite.org/rescode.html
+    static constexpr std::array codes = {
+        2,  // internal
+        3,  // permission
+        4,  // aborted
+        5,  // busy
+        6,  // locked
+        7,  // no memory
+        8,  // read-only
+        9,  // interrupted
+        10, // I/O error
+        11, // corrupt
+        13, // full
+        14, // cannot open
+        15, // protocol
+        22, // no large files
+        26, // not a database
+    };
+    const int primaryCode = error.nativeErrorCode().toInt() & 0xff;
+    return std::find(codes.begin(), codes.end(), primaryCode) != codes.end();
+}
+
+/// \return the methods update_v<N>() that the object's class itself declares, by N
+QMap<int, QMetaMethod> findSteps(const QMetaObject &metaObject)
+{
+    static const QRegularExpression stepSignature(R"(^update_v(\d+)\(\)$)");
+
+    QMap<int, QMetaMethod> steps;
+    for (int index = metaObject.methodOffset(); index < metaObject.methodCount(); ++index) {
+        const QMetaMethod method = metaObject.method(index);
+        const auto match = stepSignature.match(QString::fromLatin1(method.methodSignature()));
+        const int number = match.captured(1).toInt();
+        if (match.hasMatch() && !steps.contains(number))
+            steps.insert(number, method);
+    }
+    return steps;
+}
+
+QSqlDatabase connection()
+{
+    return QSqlDatabase::database(QSqlDatabase::defaultConnection, false);
+}
+
+/// \return an invalid error when the connection is open and ready for the steps
+QSqlError openConnection()
+{
+    QSqlDatabase database = connection();
+    if (!database.open())
+        return database.lastError();
+
+    // Without the first, a trigger or view that names a missing table makes every rename of a table
+    // fail. The second is SQLite's own default, which a build of it may change.
+    for (const char *setting : {"pragma legacy_alter_table=on", "pragma foreign_keys=off"}) {
+        QSqlQuery query;
+        if (!query.exec(setting)) {
+            const QSqlError error = query.lastError();
+            query.clear();
+            database.close();
+            return error;
+        }
+    }
+    return {};
+}
+
+/// SQLite ends a transaction by itself after some failures; "begin" succeeds only then.
+bool isTransactionOpen()
+{
+    if (!connection().isOpen())
+        return false;
+    QSqlQuery probe;
+    if (!probe.exec("begin"))
+        return true;
+    probe.exec("rollback");
+    return false;
+}
+
+QSqlRecord withoutColumns(QSqlRecord record, const QStringList &columns)
+{
+    for (const QString &column : columns)
+        record.remove(record.indexOf(column));
+    return record;
+}
+
+/// An empty blob is read from the database as a null byte array, which would be bound as null.
+QVariant keepingEmptyBlob(const QVariant &value)
+{
+    const bool isEmptyBlob =
+        value.typeId() == QMetaType::QByteArray && !value.isNull() && value.toByteArray().isNull();
+    return isEmptyBlob ? QVariant(QByteArray("")) : value;
+}
+
+} // namespace
+
+FileNameAffixes &fileNameAffixes()
+{
+    static FileNameAffixes affixes;
+    return affixes;
+}
+
+QString databaseFileName(const QString &pattern)
+{
+    return pattern.arg(fileNameAffixes().prefix, fileNameAffixes().suffix);
+}
+
+UpdateBase::UpdateBase(const QString &path, QObject *parent)
+    : QObject(parent)
+{
+    QSqlDatabase::removeDatabase(QSqlDatabase::defaultConnection);
+
+    const QFileInfo file(path);
+    if (!file.exists()) {
+        qWarning("File doesn't exist: %s, skipped", qUtf8Printable(file.absoluteFilePath()));
+        skipped = true;
+        return;
+    }
+
+    qDebug("Updating %s", qUtf8Printable(file.absoluteFilePath()));
+    // SQLite takes a name that begins with "file:" for a URI, that is for another file.
+    const bool looksLikeUri = path.startsWith("file:", Qt::CaseInsensitive);
+    QSqlDatabase::addDatabase("QSQLITE").setDatabaseName(looksLikeUri ? file.absoluteFilePath()
+                                                                      : path);
+    if (const QSqlError error = openConnection(); error.isValid()) {
+        qWarning("Can't open %s: %s", qUtf8Printable(path), qUtf8Printable(error.text()));
+        return;
+    }
+    readVersion();
+}
+
+void UpdateBase::readVersion()
+{
+    QSqlQuery query;
+    query.setForwardOnly(true);
+    const bool read = query.exec("select version from version order by version desc");
+    version = read && query.next() ? query.value(0).toInt() : 0;
+    if (!read)
+        logUnlessContentError(query, SOURCE_LINE);
+}
+
+bool UpdateBase::run()
+{
+    if (skipped)
+        return true;
+    if (!beginTransaction())
+        return false;
+
+    // Since construction another run may have upgraded the file, or a lock have hidden its version.
+    readVersion();
+    if (isAbandoned())
+        return false;
+
+    const bool upgraded = upgrade();
+    if (isAbandoned())
+        return false;
+    if (upgraded) {
+        QSqlDatabase database = connection();
+        if (database.commit()) {
+            transaction = Transaction::None;
+            return true;
+        }
+        qWarning() << "Failed to commit:" << database.lastError().text();
+    }
+    rollBack();
+    transaction = Transaction::None;
+    return false;
+}
+
+bool UpdateBase::beginTransaction()
+{
+    QSqlError error = connection().isOpen() ? QSqlError() : openConnection();
+    if (!error.isValid()) {
+        // Immediate, so that a lock of the analyser software is met here and not within a step.
+        QSqlQuery begin;
+        if (!begin.exec("begin immediate"))
+            error = begin.lastError();
+    }
+    if (error.isValid()) {
+        qWarning() << "Failed to start transaction:" << error.text();
+        return false;
+    }
+    transaction = Transaction::Open;
+    return true;
+}
+
+void UpdateBase::rollBack()
+{
+    if (!isTransactionOpen())
+        return;
+    QSqlDatabase database = connection();
+    if (!database.rollback()) {
+        // "roolback" is kept: support looks for it in the logs
+        qWarning() << "Failed to call roolback:" << database.lastError().text();
+    }
+}
+
+bool UpdateBase::upgrade()
+{
+    const QMap<int, QMetaMethod> steps = findSteps(*metaObject());
+    if (steps.isEmpty()) {
+        const auto *className = metaObject()->className();
+        qDebug() << sourcePath(__FILE__) << "(" << __LINE__ << "): " << className
+                 << "does not contain methods like 'bool update_v<N>()'";
+        return true;
+    }
+
+    for (auto step = steps.begin(); step != steps.end(); ++step) {
+        const QByteArray signature = step->methodSignature();
+        if (version >= step.key()) {
+            qDebug("%-12s: SKIP", signature.constData());
+            continue;
+        }
+        bool passed = false;
+        if (!step->invoke(this, Qt::DirectConnection, Q_RETURN_ARG(bool, passed)) || isAbandoned())
+            passed = false;
+        qDebug("%-12s: %s", signature.constData(), passed ? "PASS" : "FAIL");
+        if (!passed)
+            return false;
+    }
+
+    // also when every step was skipped: a version above the newest step is lowered to it
+    const int newVersion = versionToRecord > 0 ? versionToRecord : steps.lastKey();
+    if (!setVersion(newVersion)) {
+        qDebug() << "Failed to update version to" << newVersion;
+        return false;
+    }
+    qDebug() << "Updated version to" << newVersion;
+    return true;
+}
+
+bool UpdateBase::exec(const char *sourceFile, int line, const QString &sql,
+                      const QVariantMap &values)
+{
+    if (isAbandoned())
+        return false;
+
+    QSqlQuery query;
+    query.setForwardOnly(true);
+    bool done = query.prepare(sql);
+    if (done) {
+        for (auto value = values.begin(); value != values.end(); ++value)
+            query.bindValue(value.key(), value.value());
+        done = query.exec();
+    }
+    if (!done)
+        logSqlError(query, sourceFile, line);
+    return done;
+}
+
+bool UpdateBase::execAll(std::initializer_list<Statement> statements)
+{
+    return std::all_of(statements.begin(), statements.end(), [this](const Statement &statement) {
+        return exec(statement.sourceFile, statement.line, statement.sql);
+    });
+}
+
+void UpdateBase::tryAll(std::initializer_list<Statement> statements)
+{
+    for (const Statement &statement : statements)
+        (void)exec(statement.sourceFile, statement.line, statement.sql);
+}
+
+void UpdateBase::logSqlError(const QSqlQuery &query, const char *sourceFile, int line)
+{
+    if (isAbandoned())
+        return;
+    qWarning() << sourceFile << "(" << line << "): " << query.lastError().text() << ": ["
+               << query.lastQuery() << "]";
+
+    if (endsRun(query.lastError())) {
+        rollBack();
+        transaction = Transaction::Abandoned;
+        // Nothing that a step still runs by itself may reach the file.
+        QSqlQuery("pragma query_only=on");
+    }
+}
+
+void UpdateBase::logUnlessContentError(const QSqlQuery &query, const char *sourceFile, int line)
+{
+    if (endsRun(query.lastError()))
+        logSqlError(query, sourceFile, line);
+}
+
+bool UpdateBase::endsRun(const QSqlError &error) const
+{
+    return transaction == Transaction::Open && (isEnvironmentError(error) || !isTransactionOpen());
+}
+
+bool UpdateBase::readRows(QSqlQuery &query, const char *sourceFile, int line,
+                          const std::function<bool()> &row)
+{
+    while (query.next()) {
+        if (!row())
+            return false;
+    }
+    if (!query.lastError().isValid())
+        return true;
+    logSqlError(query, sourceFile, line);
+    return false;
+}
+
+bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRecord &defaults,
+                           const QStringList &excluded,
+                           const std::function<void(QSqlRecord &)> &adjust)
+{
+    if (isAbandoned())
+        return false;
+
+    QSqlQuery rows;
+    rows.setForwardOnly(true);
+    if (!rows.exec("select * from " + from)) {
+        logSqlError(rows, SOURCE_LINE);
+        return !isAbandoned();
+    }
+    if (adjust)
+        return copyAdjustedRows(rows, to, defaults, excluded, adjust);
+    if (!rows.next())
+        return true;
+
+    const QSqlRecord source = withoutColumns(rows.record(), excluded);
+    rows.finish();
+    QStringList columns;
+    QStringList values;
+    QVariantList bound;
+    const QSqlDriver *driver = connection().driver();
+    for (int i = 0; i < source.count(); ++i) {
+        const QString column = driver->escapeIdentifier(source.fieldName(i), QSqlDriver::FieldName);
+        columns << column;
+        if (!defaults.contains(source.fieldName(i))) {
+            // Qualified: a quoted name alone that is no column would be taken for a text.
+            values << from + '.' + column;
+            continue;
+        }
+        values << "?";
+        bound << defaults.value(source.fieldName(i));
+    }
+    for (int i = 0; i < defaults.count(); ++i) {
+        if (source.contains(defaults.fieldName(i)))
+            continue;
+        columns << driver->escapeIdentifier(defaults.fieldName(i), QSqlDriver::FieldName);
+        values << "?";
+        bound << defaults.value(i);
+    }
+
+    // Inside SQLite, since values change on the way through the driver; not through an index, which
+    // would change the order.
+    QSqlQuery insert;
+    bool inserted = insert.prepare(QString("insert into %1 (%2) select %3 from %4 not indexed")
+                                       .arg(to, columns.join(", "), values.join(", "), from));
+    if (inserted) {
+        for (const QVariant &value : bound)
+            insert.addBindValue(value);
+        inserted = insert.exec();
+    }
+    if (!inserted)
+        logSqlError(insert, SOURCE_LINE);
+    return inserted;
+}
+
+bool UpdateBase::copyAdjustedRows(QSqlQuery &rows, const QString &to, const QSqlRecord &defaults,
+                                  const QStringList &excluded,
+                                  const std::function<void(QSqlRecord &)> &adjust)
+{
+    const QSqlDriver *driver = connection().driver();
+    QSqlQuery insert;
+    return readRows(rows, SOURCE_LINE, [&] {
+        QSqlRecord record = withoutColumns(rows.record(), excluded);
+        for (int i = 0; i < defaults.count(); ++i) {
+            if (record.contains(defaults.fieldName(i)))
+                record.setValue(defaults.fieldName(i), defaults.value(i));
+            else
+                record.append(defaults.field(i));
+        }
+        adjust(record);
+
+        const QString sql = driver->sqlStatement(QSqlDriver::InsertStatement, to, record, true);
+        bool inserted = sql == insert.lastQuery() || insert.prepare(sql);
+        if (inserted) {
+            for (int i = 0; i < record.count(); ++i) {
+                if (record.isGenerated(i)) // the others are not in the statement
+                    insert.addBindValue(keepingEmptyBlob(record.value(i)));
+            }
+            inserted = insert.exec();
+        }
+        if (!inserted)
+            logSqlError(insert, SOURCE_LINE);
+        return inserted;
+    });
+}
+
+bool UpdateBase::rebuildTable(const QString &newTable, const QString &oldTable)
+{
+    return copyTable(oldTable, newTable) && execAll({SQL(QString("drop table %1").arg(oldTable))})
+        && renameTable(newTable, oldTable);
+}
+
+bool UpdateBase::renameTable(const QString &from, const QString &to)
+{
+    return execAll({SQL(QString("alter table %1 rename to %2").arg(from, to))});
+}
+
+bool UpdateBase::removeDecimals(const QString &table, const QStringList &columns)
+{
+    QStringList assignments;
+    for (const QString &column : columns)
+        assignments
+            << QString("%1 = iif(instr(%1, '.'), substr(%1, 1, instr(%1, '.')-1), %1)").arg(column);
+    return execAll({SQL(QString("update %1 set %2").arg(table, assignments.join(',')))});
+}
+
+bool UpdateBase::updateOrInsert(const QString &updateSql, const QString &insertSql,
+                                const char *sourceFile, int line)
+{
+    if (isAbandoned())
+        return false;
+
+    QSqlQuery query;
+    const bool done =
+        query.exec(updateSql) && (query.numRowsAffected() > 0 || query.exec(insertSql));
+    if (!done)
+        logSqlError(query, sourceFile, line);
+    return done;
+}
+
+bool UpdateBase::setVersion(int newVersion)
+{
+    tryAll({SQL("delete from version")});
+    return execAll({SQL(QString("insert into version values(%1)").arg(newVersion))});
+}
+
+} // namespace coagulation

@@ -1,0 +1,157 @@
+#pragma once
+
+#include <QObject>
+#include <QSqlRecord>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <functional>
+#include <initializer_list>
+#include <string_view>
+
+class QSqlError;
+class QSqlQuery;
+
+namespace coagulation {
+
+/// What stands before and after the name in the file names of the databases; both may be empty.
+struct FileNameAffixes {
+    QString prefix;
+    QString suffix;
+};
+
+/// \return the process-wide affixes, which the driver sets from the command line and the updaters'
+///         constructors read
+FileNameAffixes &fileNameAffixes();
+
+/// \param pattern name of a database file with %1 for the prefix and %2 for the suffix
+/// \return the file name, relative to the working directory unless the prefix is an absolute path
+QString databaseFileName(const QString &pattern);
+
+/// \param file what the compiler tells by __FILE__, in whatever folder the project is built
+/// \return the path from the project's root on, for units below coagulation/
+consteval const char *sourcePath(const char *file)
+{
+    const auto start = std::string_view(file).rfind("coagulation");
+    return start == std::string_view::npos ? file : file + start;
+}
+
+/// One SQL statement of a step, with the place in the source that its failure is logged with.
+struct Statement {
+    QString sql;
+    const char *sourceFile;
+    int line;
+};
+
+/// The source file and line of the caller, as two arguments.
+#define SOURCE_LINE ::coagulation::sourcePath(__FILE__), __LINE__
+/// A statement that knows its own source line. A macro, since a defaulted argument would tell the
+/// line of the list that the statement stands in.
+#define SQL(sql) (::coagulation::Statement{sql, SOURCE_LINE})
+
+/// The engine: brings one SQLite database file up to the newest step of a derived class.
+///
+/// A derived class contributes invokable methods `bool update_v<N>()`, its steps. All steps above the
+/// version that the file's table `version` holds run in ascending order inside one transaction; then
+/// the highest step number is stored. A step that returns false rolls everything back.
+///
+/// A failure of a statement is of one of two kinds. One that comes from what is in the database (a
+/// table is missing, a constraint holds) is logged, and the step decides whether it matters. One that
+/// comes from the environment (no space, a lock, a damaged page, no memory), and any after which
+/// SQLite has given up the transaction, abandons the run, whatever the step makes of it: ignoring it
+/// would leave out for good what a sound run does.
+class UpdateBase : public QObject {
+    Q_OBJECT
+
+public:
+    /// Opens the database file under the default connection, releasing the connection of the updater
+    /// before, and reads the stored version. A missing file is skipped with a warning; one that cannot
+    /// be opened is warned of here and fails in run().
+    explicit UpdateBase(const QString &path, QObject *parent = nullptr);
+
+    /// Upgrades the database inside one transaction.
+    /// \return true when it is at the newest version or the file is missing; otherwise the file is as
+    ///         it was and the log tells why
+    [[nodiscard]] bool run();
+
+    /// The loop over the steps; logs each with PASS, FAIL or SKIP and stores the new version.
+    /// \return false at the first failure
+    virtual bool upgrade();
+
+protected:
+    /// Runs one statement.
+    /// \param values bound by name, for example ":name"
+    /// \return false after a failure, which is logged with the source file and line
+    [[nodiscard]] bool exec(const char *sourceFile, int line, const QString &sql,
+                            const QVariantMap &values = {});
+
+    /// Runs the statements in order and stops at the first failure.
+    [[nodiscard]] bool execAll(std::initializer_list<Statement> statements);
+
+    /// Runs every statement; failures are logged and otherwise ignored.
+    void tryAll(std::initializer_list<Statement> statements);
+
+    /// Logs the failure of a query that the caller ran, and abandons the run if it must.
+    void logSqlError(const QSqlQuery &query, const char *sourceFile, int line);
+
+    /// The same for a query whose failure is not reported as long as it comes from the content.
+    void logUnlessContentError(const QSqlQuery &query, const char *sourceFile, int line);
+
+    /// Goes through the remaining rows of a query that the caller executed. The only way to read rows
+    /// one after another: to QSqlQuery::next() an unreadable row looks like the end of the table.
+    /// \param row called once a row, with the query on it; false ends the reading
+    /// \return false when `row` returned false or a row could not be read, which is logged
+    [[nodiscard]] bool readRows(QSqlQuery &query, const char *sourceFile, int line,
+                                const std::function<bool()> &row);
+
+    /// Inserts every row of a table into another one, in the order of the rows; columns meet by name,
+    /// compared without regard to case.
+    /// \param defaults columns with the value that each inserted row gets, whether or not `from` has
+    ///                 them
+    /// \param excluded columns of `from` that are left out
+    /// \param adjust changes a row before it is inserted
+    /// \return false when an insert failed; a `from` that cannot be selected is logged and counts as
+    ///         empty
+    [[nodiscard]] bool copyTable(const QString &from, const QString &to,
+                                 const QSqlRecord &defaults = {}, const QStringList &excluded = {},
+                                 const std::function<void(QSqlRecord &)> &adjust = {});
+
+    /// Gives a table a new layout: copies the rows of `oldTable` into `newTable`, which the caller
+    /// created, drops the old one and gives the new one its name.
+    [[nodiscard]] bool rebuildTable(const QString &newTable, const QString &oldTable);
+
+    [[nodiscard]] bool renameTable(const QString &from, const QString &to);
+
+    /// Cuts the texts in the columns at their first decimal point: 08:15:30.123 becomes 08:15:30.
+    [[nodiscard]] bool removeDecimals(const QString &table, const QStringList &columns);
+
+    /// Runs the update, and the insert if the update changed no row.
+    [[nodiscard]] bool updateOrInsert(const QString &updateSql, const QString &insertSql,
+                                      const char *sourceFile, int line);
+
+    /// Stores a version as the only row of the table `version`, which must exist.
+    [[nodiscard]] bool setVersion(int newVersion);
+
+    /// The version stored in the file before the run, 0 when there is none; the same for all steps.
+    int version = 0;
+
+private:
+    /// Of the run: None before and after it.
+    enum class Transaction { None, Open, Abandoned };
+
+    [[nodiscard]] bool beginTransaction();
+    void readVersion();
+    void rollBack();
+    bool endsRun(const QSqlError &error) const;
+    bool isAbandoned() const { return transaction == Transaction::Abandoned; }
+    [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,
+                                        const QSqlRecord &defaults, const QStringList &excluded,
+                                        const std::function<void(QSqlRecord &)> &adjust);
+
+    int versionToRecord = 0; ///< recorded instead of the highest step number when above 0
+    bool skipped = false;    ///< the file does not exist
+    Transaction transaction = Transaction::None;
+};
+
+} // namespace coagulation

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// A real database file in a folder of its own, worked on through a connection of its own, which is
+/// closed between the calls. A statement that fails ends the test program.
+class TestDatabase {
+public:
+    /// \param name file name of the database, which does not exist yet
+    explicit TestDatabase(const QString &name = "test.db");
+
+    QString path() const { return folder.filePath(fileName); }
+    QString folderPath() const { return folder.path(); }
+
+    void execute(const QStringList &statements) const;
+
+    /// \return the rows of a query in its order, each as SQL literals: "3, '3', NULL"
+    QStringList rows(const QString &query) const;
+
+    /// \return the rows of a table in its own order, as by rows()
+    QStringList table(const QString &name) const;
+
+    /// \return the statements that made the database's tables, indexes, views and triggers, by name,
+    ///         with their white space simplified
+    QStringList schema() const;
+
+    /// \return all that is in the file: the schema's statements as they are stored, then the rows of
+    ///         every table
+    QStringList content() const;
+
+    /// \return the bytes of the file
+    QByteArray bytes() const;
+
+private:
+    QTemporaryDir folder;
+    QString fileName;
+};
+
+/// \return the rows of a query on a database file; see TestDatabase::rows()
+QStringList databaseRows(const QString &path, const QString &query);
+
+/// Runs statements on a database file, which is created when missing; a failure ends the program.
+void executeOn(const QString &path, const QStringList &statements);
+
+/// \return all that is in a database file; see TestDatabase::content()
+QStringList databaseContent(const QString &path);

@@ -1,0 +1,202 @@
+/// The log, seen from outside: a helper process sends messages, the tests read what it wrote.
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestConsoleLog : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void writesOneLineAMessage_data();
+    void writesOneLineAMessage();
+    void writesTheSourceContextThatAMessageHas();
+    void dropsAMessageOfUnknownType();
+    void writesAFatalMessageBeforeTheAbort();
+    void writesNothingAfterAFatalMessage();
+    void appendsToAnExistingLog();
+    void givesMessagesBackToQtWhenClosed();
+    void flushesWhenClosed();
+    void doesNotFlushEachMessage();
+    void takesAnyFileName_data();
+    void takesAnyFileName();
+    void leavesMessagesOnStandardErrorWithoutALog_data();
+    void leavesMessagesOnStandardErrorWithoutALog();
+    void survivesALogThatCannotBeWritten();
+
+private:
+    QByteArray read(const QString &fileName) const;
+    /// \return the helper's process, finished
+    std::unique_ptr<QProcess> send(const QStringList &arguments) const;
+
+    std::unique_ptr<QTemporaryDir> folder;
+};
+
+void TestConsoleLog::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+}
+
+QByteArray TestConsoleLog::read(const QString &fileName) const
+{
+    QFile file(folder->filePath(fileName));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+}
+
+std::unique_ptr<QProcess> TestConsoleLog::send(const QStringList &arguments) const
+{
+    auto process = std::make_unique<QProcess>();
+    process->setWorkingDirectory(folder->path());
+    process->start(MESSAGESENDER, arguments);
+    if (!process->waitForFinished())
+        qFatal("messagesender: %s", qUtf8Printable(process->errorString()));
+    return process;
+}
+
+void TestConsoleLog::writesOneLineAMessage_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QByteArray>("line");
+
+    QTest::newRow("debug") << "debug" << QByteArray("Debug: debug: 凝血 ((null):0, (null))\n");
+    QTest::newRow("info") << "info" << QByteArray("Info: info: 凝血 ((null):0, (null))\n");
+    QTest::newRow("warning") << "warning"
+                             << QByteArray("Warning: warning: 凝血 ((null):0, (null))\n");
+    QTest::newRow("critical") << "critical"
+                              << QByteArray("Critical: critical: 凝血 ((null):0, (null))\n");
+}
+
+void TestConsoleLog::writesOneLineAMessage()
+{
+    QFETCH(QString, message);
+    QFETCH(QByteArray, line);
+
+    const auto process = send({"log.txt", message});
+
+    QCOMPARE(read("log.txt"), line);
+    QCOMPARE(process->readAllStandardError(), QByteArray());
+    QCOMPARE(process->readAllStandardOutput(), QByteArray());
+    QCOMPARE(process->exitCode(), 0);
+}
+
+void TestConsoleLog::writesTheSourceContextThatAMessageHas()
+{
+    send({"log.txt", "context"});
+
+    QCOMPARE(read("log.txt"), QByteArray("Warning: context: 凝血 (assay.cpp:12, void run())\n"));
+}
+
+void TestConsoleLog::dropsAMessageOfUnknownType()
+{
+    const auto process = send({"log.txt", "unknown", "info"});
+
+    QCOMPARE(read("log.txt"), QByteArray("Info: info: 凝血 ((null):0, (null))\n"));
+    QCOMPARE(process->readAllStandardError(), QByteArray());
+}
+
+void TestConsoleLog::writesAFatalMessageBeforeTheAbort()
+{
+    const auto process = send({"log.txt", "debug", "fatal"});
+
+    QCOMPARE(read("log.txt"),
+             QByteArray("Debug: debug: 凝血 ((null):0, (null))\n"
+                        "Fatal: fatal: 凝血 ((null):0, (null))\n"));
+    QCOMPARE(process->exitStatus(), QProcess::CrashExit);
+}
+
+void TestConsoleLog::writesNothingAfterAFatalMessage()
+{
+    send({"log.txt", "fatal", "debug"});
+
+    QCOMPARE(read("log.txt"), QByteArray("Fatal: fatal: 凝血 ((null):0, (null))\n"));
+}
+
+void TestConsoleLog::appendsToAnExistingLog()
+{
+    send({"log.txt", "debug"});
+    send({"log.txt", "info"});
+
+    QCOMPARE(read("log.txt"),
+             QByteArray("Debug: debug: 凝血 ((null):0, (null))\n"
+                        "Info: info: 凝血 ((null):0, (null))\n"));
+}
+
+void TestConsoleLog::givesMessagesBackToQtWhenClosed()
+{
+    const auto process = send({"log.txt", "debug", "close", "warning"});
+
+    QCOMPARE(read("log.txt"), QByteArray("Debug: debug: 凝血 ((null):0, (null))\n"));
+    QCOMPARE(process->readAllStandardError(), QByteArray("warning: 凝血\n"));
+}
+
+void TestConsoleLog::flushesWhenClosed()
+{
+    send({"log.txt", "debug", "close", "vanish"});
+
+    QCOMPARE(read("log.txt"), QByteArray("Debug: debug: 凝血 ((null):0, (null))\n"));
+}
+
+void TestConsoleLog::doesNotFlushEachMessage()
+{
+    send({"log.txt", "debug", "vanish"});
+
+    QCOMPARE(read("log.txt"), QByteArray());
+}
+
+void TestConsoleLog::takesAnyFileName_data()
+{
+    QTest::addColumn<QString>("fileName");
+
+    QTest::newRow("blanks") << " upgrade log .txt ";
+    QTest::newRow("Chinese") << "升级日志.txt";
+    QTest::newRow("beyond the basic plane") << "🩸.txt";
+    QTest::newRow("percent signs") << "%s%n%1.txt";
+}
+
+void TestConsoleLog::takesAnyFileName()
+{
+    QFETCH(QString, fileName);
+
+    send({fileName, "debug"});
+
+    QCOMPARE(read(fileName), QByteArray("Debug: debug: 凝血 ((null):0, (null))\n"));
+}
+
+void TestConsoleLog::leavesMessagesOnStandardErrorWithoutALog_data()
+{
+    QTest::addColumn<QString>("fileName");
+
+    QTest::newRow("no name") << "";
+    QTest::newRow("a folder") << ".";
+    QTest::newRow("in a folder that is not there") << "missing/log.txt";
+}
+
+void TestConsoleLog::leavesMessagesOnStandardErrorWithoutALog()
+{
+    QFETCH(QString, fileName);
+
+    const auto process = send({fileName, "debug", "warning", "close", "info"});
+
+    QCOMPARE(process->readAllStandardError(),
+             QByteArray("debug: 凝血\nwarning: 凝血\ninfo: 凝血\n"));
+    QCOMPARE(process->exitCode(), 0);
+    QVERIFY(QDir(folder->path()).isEmpty());
+}
+
+void TestConsoleLog::survivesALogThatCannotBeWritten()
+{
+    if (!QFile::exists("/dev/full"))
+        QSKIP("no /dev/full on this system");
+
+    const auto process = send({"/dev/full", "debug", "close"});
+
+    QCOMPARE(process->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process->exitCode(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestConsoleLog)
+#include "tst_consolelog.moc"

@@ -1,0 +1,481 @@
+/// The tool as its user sees it: the real binary with its arguments, streams, exit codes and files.
+
+#include "testdatabase.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+const QByteArray usage = R"(vardo [options] [logfile]
+options
+-h, -? --help show this information
+-p prefix     prefix of database file name. default is null
+-s suffix     suffix of database file name. default is null
+              profile database file name will be <prefix>profile<suffix>.db
+              data database file name will be <prefix>data<suffix>.db
+              qc database file name will be <prefix>qc<suffix>.db
+              syslog database file name will be <prefix>syslog<suffix>.db
+)";
+
+struct Result {
+    int exitCode;
+    QByteArray output;
+    QByteArray errors;
+};
+
+} // namespace
+
+class TestVardo : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void showsItsUsage_data();
+    void showsItsUsage();
+    void opensNoFileWhenItShowsItsUsage_data();
+    void opensNoFileWhenItShowsItsUsage();
+    void takesAnyValueAfterAnOption_data();
+    void takesAnyValueAfterAnOption();
+    void logsToTheLastLogFileOnly();
+    void appendsToTheLog();
+    void logsToStandardErrorWhenTheLogCannotBeOpened();
+    void warnsOfMissingDatabasesAndSucceeds();
+    void reportsAnUpgrade();
+    void stopsAtTheFirstFailure();
+    void keepsTheDatabasesBeforeTheFailure();
+    void closesTheDatabases();
+    void doesNotTakeAPrefixForAUri();
+    void logsTheSameInEveryEnvironment_data();
+    void logsTheSameInEveryEnvironment();
+    void readsTheFileNamesFromTheWorkingDirectory();
+    void leavesAReadOnlyFileAsItWas();
+    void leavesTheFileAsItWasWhenTheDiskIsFull();
+    void leavesAFileThatIsNoDatabaseAsItWas();
+    void reportsAFolderInPlaceOfADatabase();
+
+private:
+    Result run(const QStringList &arguments, const QString &program = VARDO,
+               const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+    QString path(const QString &fileName) const { return folder->filePath(fileName); }
+    QByteArray read(const QString &fileName) const;
+    /// \return what standard error holds when no database is there
+    QByteArray warningsOfMissing(const QString &prefix = {}, const QString &suffix = {}) const;
+
+    std::unique_ptr<QTemporaryDir> folder;
+};
+
+void TestVardo::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+}
+
+Result TestVardo::run(const QStringList &arguments, const QString &program,
+                      const QProcessEnvironment &environment)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(folder->path());
+    process.start(program, arguments);
+    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
+        qFatal("%s: %s", qUtf8Printable(program), qUtf8Printable(process.errorString()));
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+QByteArray TestVardo::read(const QString &fileName) const
+{
+    QFile file(path(fileName));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+}
+
+QByteArray TestVardo::warningsOfMissing(const QString &prefix, const QString &suffix) const
+{
+    QByteArray warnings;
+    for (const char *name : {"profile", "data", "qc", "syslog"})
+        warnings +=
+            "File doesn't exist: " + path(prefix + name + suffix).toUtf8() + ".db, skipped\n";
+    return warnings;
+}
+
+void TestVardo::showsItsUsage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("errors");
+
+    const QByteArray none;
+    QTest::newRow("-h") << QStringList{"-h"} << 0 << none;
+    QTest::newRow("-?") << QStringList{"-?"} << 0 << none;
+    QTest::newRow("--help") << QStringList{"--help"} << 0 << none;
+    QTest::newRow("help after other arguments")
+        << QStringList{"-p", "a_", "log.txt", "-h"} << 0 << none;
+    QTest::newRow("help before an unknown option") << QStringList{"-h", "-x"} << 0 << none;
+    QTest::newRow("-p without a value") << QStringList{"-p"} << 1 << none;
+    QTest::newRow("-s without a value") << QStringList{"-s"} << 1 << none;
+    QTest::newRow("-s without a value at the end")
+        << QStringList{"log.txt", "-p", "a_", "-s"} << 1 << none;
+    QTest::newRow("unknown option") << QStringList{"-x"} << 2 << QByteArray("Unknown option -x\n");
+    QTest::newRow("unknown option before help")
+        << QStringList{"-x", "-h"} << 2 << QByteArray("Unknown option -x\n");
+    QTest::newRow("unknown long option")
+        << QStringList{"--prefix"} << 2 << QByteArray("Unknown option --prefix\n");
+    QTest::newRow("option in upper case")
+        << QStringList{"-P", "a_"} << 2 << QByteArray("Unknown option -P\n");
+    QTest::newRow("option with its value attached")
+        << QStringList{"-pa_"} << 2 << QByteArray("Unknown option -pa_\n");
+    QTest::newRow("help with more letters")
+        << QStringList{"-help"} << 2 << QByteArray("Unknown option -help\n");
+    QTest::newRow("dash alone") << QStringList{"-"} << 2 << QByteArray("Unknown option -\n");
+    QTest::newRow("two dashes") << QStringList{"--"} << 2 << QByteArray("Unknown option --\n");
+    QTest::newRow("format in the option")
+        << QStringList{"-%s%n"} << 2 << QByteArray("Unknown option -%s%n\n");
+    QTest::newRow("Chinese option")
+        << QStringList{"-前缀"} << 2 << QByteArray("Unknown option -前缀\n");
+}
+
+void TestVardo::showsItsUsage()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, errors);
+
+    const Result result = run(arguments);
+
+    QCOMPARE(result.output, usage);
+    QCOMPARE(result.errors, errors);
+    QCOMPARE(result.exitCode, exitCode);
+}
+
+void TestVardo::opensNoFileWhenItShowsItsUsage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+
+    QTest::newRow("help") << QStringList{"log.txt", "-h"};
+    QTest::newRow("missing value") << QStringList{"log.txt", "-p"};
+    QTest::newRow("unknown option") << QStringList{"log.txt", "-x"};
+}
+
+void TestVardo::opensNoFileWhenItShowsItsUsage()
+{
+    QFETCH(QStringList, arguments);
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+    const QByteArray before = read("syslog.db");
+
+    run(arguments);
+
+    QVERIFY(!QFile::exists(path("log.txt")));
+    QCOMPARE(read("syslog.db"), before);
+}
+
+void TestVardo::takesAnyValueAfterAnOption_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("prefix");
+    QTest::addColumn<QString>("suffix");
+
+    QTest::newRow("none") << QStringList{} << ""
+                          << "";
+    QTest::newRow("prefix") << QStringList{"-p", "a_"} << "a_"
+                            << "";
+    QTest::newRow("suffix") << QStringList{"-s", "_b"} << ""
+                            << "_b";
+    QTest::newRow("both") << QStringList{"-p", "a_", "-s", "_b"} << "a_"
+                          << "_b";
+    QTest::newRow("suffix first") << QStringList{"-s", "_b", "-p", "a_"} << "a_"
+                                  << "_b";
+    QTest::newRow("the last one counts") << QStringList{"-p", "a_", "-p", "c_"} << "c_"
+                                         << "";
+    QTest::newRow("a dash in front") << QStringList{"-p", "-h", "-s", "-x"} << "-h"
+                                     << "-x";
+    QTest::newRow("an option's name") << QStringList{"-p", "-p", "-s", "-s"} << "-p"
+                                      << "-s";
+    QTest::newRow("empty") << QStringList{"-p", "", "-s", ""} << ""
+                           << "";
+    QTest::newRow("blanks") << QStringList{"-p", " lab 1 ", "-s", " old "} << " lab 1 "
+                            << " old ";
+    QTest::newRow("Chinese") << QStringList{"-p", "检验科_", "-s", "_旧"} << "检验科_"
+                             << "_旧";
+    QTest::newRow("beyond the basic plane") << QStringList{"-p", "🩸"} << "🩸"
+                                            << "";
+    QTest::newRow("quotes") << QStringList{"-p", "o'neill\"s"} << "o'neill\"s"
+                            << "";
+    QTest::newRow("argument markers") << QStringList{"-p", "%2", "-s", "%1"} << "%2"
+                                      << "%1";
+    QTest::newRow("format") << QStringList{"-p", "%s%n", "-s", "%d"} << "%s%n"
+                            << "%d";
+    QTest::newRow("a log file between") << QStringList{"-p", "a_", "log.txt", "-s", "_b"} << "a_"
+                                        << "_b";
+}
+
+void TestVardo::takesAnyValueAfterAnOption()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, prefix);
+    QFETCH(QString, suffix);
+    const QString fileName = prefix + "syslog" + suffix + ".db";
+    executeOn(path(fileName), {"create table assay(time text)"});
+
+    const Result result = run(arguments);
+
+    QCOMPARE(result.output, QByteArray());
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(databaseRows(path(fileName), "select version from version"), QStringList{"4"});
+    const QByteArray log = result.errors + read("log.txt");
+    QVERIFY2(log.contains("Updating " + path(fileName).toUtf8()), log.constData());
+}
+
+void TestVardo::logsToTheLastLogFileOnly()
+{
+    const Result result = run({"log1.txt", "log2.txt"});
+
+    QVERIFY(!QFile::exists(path("log1.txt")));
+    QCOMPARE(read("log2.txt").count('\n'), 4);
+    QCOMPARE(result.errors, QByteArray());
+    QCOMPARE(result.output, QByteArray());
+}
+
+void TestVardo::appendsToTheLog()
+{
+    run({"log.txt"});
+    const QByteArray first = read("log.txt");
+
+    run({"log.txt"});
+
+    QCOMPARE(read("log.txt"), first + first);
+}
+
+void TestVardo::logsToStandardErrorWhenTheLogCannotBeOpened()
+{
+    const Result result = run({"missing/log.txt"});
+
+    QCOMPARE(result.errors, warningsOfMissing());
+    QCOMPARE(result.exitCode, 0);
+}
+
+void TestVardo::warnsOfMissingDatabasesAndSucceeds()
+{
+    const Result result = run({"-p", "a_", "-s", "_b"});
+
+    QCOMPARE(result.errors, warningsOfMissing("a_", "_b"));
+    QCOMPARE(result.output, QByteArray());
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY(QDir(folder->path()).isEmpty());
+}
+
+void TestVardo::reportsAnUpgrade()
+{
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+    const QByteArray base = folder->path().toUtf8();
+
+    const Result result = run({"log.txt"});
+
+    QCOMPARE(read("log.txt"),
+             "Warning: File doesn't exist: " + base
+                 + "/profile.db, skipped ((null):0, (null))\n"
+                   "Warning: File doesn't exist: "
+                 + base
+                 + "/data.db, skipped ((null):0, (null))\n"
+                   "Warning: File doesn't exist: "
+                 + base
+                 + "/qc.db, skipped ((null):0, (null))\n"
+                   "Debug: Updating "
+                 + base
+                 + "/syslog.db ((null):0, (null))\n"
+                   "Debug: update_v1() : PASS ((null):0, (null))\n"
+                   "Debug: update_v3() : PASS ((null):0, (null))\n"
+                   "Debug: update_v4() : PASS ((null):0, (null))\n"
+                   "Debug: Updated version to 4 ((null):0, (null))\n");
+    QCOMPARE(result.exitCode, 0);
+}
+
+void TestVardo::stopsAtTheFirstFailure()
+{
+    QDir(folder->path()).mkdir("profile.db");
+    for (const char *fileName : {"data.db", "qc.db", "syslog.db"})
+        executeOn(path(fileName), {"create table assay(time text)"});
+    const QByteArray before = read("syslog.db");
+
+    const Result result = run({"log.txt"});
+
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(read("log.txt").count("Updating"), 1);
+    QVERIFY(read("log.txt").startsWith("Debug: Updating " + path("profile.db").toUtf8()));
+    QCOMPARE(read("syslog.db"), before);
+}
+
+void TestVardo::keepsTheDatabasesBeforeTheFailure()
+{
+    executeOn(path("a_syslog.db"), {"create table assay(time text)"});
+    executeOn(path("b_syslog.db"), {"create table no_assay(time text)"});
+
+    const int first = run({"-p", "a_"}).exitCode;
+    const int second = run({"-p", "b_", "log.txt"}).exitCode;
+
+    QCOMPARE(first, 0);
+    QCOMPARE(second, 1);
+    QCOMPARE(databaseRows(path("a_syslog.db"), "select * from version"), QStringList{"4"});
+    QVERIFY(read("log.txt").endsWith("Debug: update_v3() : FAIL ((null):0, (null))\n"));
+}
+
+void TestVardo::closesTheDatabases()
+{
+    executeOn(path("syslog.db"), {"pragma journal_mode=wal", "create table assay(time text)"});
+
+    run({"log.txt"});
+
+    QCOMPARE(QDir(folder->path()).entryList(QDir::Files), QStringList({"log.txt", "syslog.db"}));
+}
+
+void TestVardo::doesNotTakeAPrefixForAUri()
+{
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+    executeOn(path("./file:syslog.db"), {"create table assay(time text)"});
+    const QByteArray other = read("syslog.db");
+
+    run({"-p", "file:", "log.txt"});
+
+    QCOMPARE(databaseRows(path("./file:syslog.db"), "select * from version"), QStringList{"4"});
+    QCOMPARE(read("syslog.db"), other);
+}
+
+void TestVardo::logsTheSameInEveryEnvironment_data()
+{
+    QTest::addColumn<QStringList>("variables"); // name and value in turn
+
+    QTest::newRow("lines off") << QStringList{"QT_LOGGING_RULES", "*=false"};
+    QTest::newRow("default category off") << QStringList{"QT_LOGGING_RULES", "default=false"};
+    QTest::newRow("Qt's debug lines on") << QStringList{"QT_LOGGING_RULES", "*=true"};
+    QTest::newRow("rules file") << QStringList{"QT_LOGGING_CONF", "rules.ini"};
+    QTest::newRow("configuration folder") << QStringList{"XDG_CONFIG_HOME", "<folder>"};
+    QTest::newRow("logging debugged") << QStringList{"QT_LOGGING_DEBUG", "1"};
+    QTest::newRow("plugins debugged") << QStringList{"QT_DEBUG_PLUGINS", "1"};
+    QTest::newRow("another layout") << QStringList{"QT_MESSAGE_PATTERN", "%{pid} %{message}"};
+    QTest::newRow("fatal warnings") << QStringList{"QT_FATAL_WARNINGS", "1"};
+    QTest::newRow("fatal criticals") << QStringList{"QT_FATAL_CRITICALS", "1"};
+    QTest::newRow("C locale") << QStringList{"LC_ALL", "C"};
+    QTest::newRow("unknown locale") << QStringList{"LC_ALL", "xx_XX.ISO-8859-5"};
+}
+
+void TestVardo::logsTheSameInEveryEnvironment()
+{
+    QFETCH(QStringList, variables);
+    QVERIFY(QDir(folder->path()).mkdir("QtProject"));
+    for (const char *fileName : {"rules.ini", "QtProject/qtlogging.ini"}) {
+        QFile rules(path(fileName));
+        QVERIFY(rules.open(QIODevice::WriteOnly));
+        rules.write("[Rules]\n*=false\nqt.*=true\n");
+    }
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (int i = 0; i < variables.size(); i += 2)
+        environment.insert(variables.at(i),
+                           QString(variables.at(i + 1)).replace("<folder>", folder->path()));
+    executeOn(path("a_syslog.db"), {"create table assay(time text)"});
+    executeOn(path("b_syslog.db"), {"create table assay(time text)"});
+
+    const Result usual = run({"-p", "a_"});
+    const Result result = run({"-p", "b_"}, VARDO, environment);
+
+    QCOMPARE(result.errors, QByteArray(usual.errors).replace("/a_", "/b_"));
+    QCOMPARE(usual.errors.count('\n'), 8);
+    QCOMPARE(result.exitCode, 0);
+}
+
+void TestVardo::readsTheFileNamesFromTheWorkingDirectory()
+{
+    QVERIFY(QDir(folder->path()).mkdir("lab"));
+    executeOn(path("lab/syslog.db"), {"create table assay(time text)"});
+
+    run({"-p", "lab/", "log.txt"});
+
+    QCOMPARE(databaseRows(path("lab/syslog.db"), "select * from version"), QStringList{"4"});
+}
+
+void TestVardo::leavesAReadOnlyFileAsItWas()
+{
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+    QVERIFY(QFile::setPermissions(path("syslog.db"), QFile::ReadOwner));
+    const QByteArray before = read("syslog.db");
+    // Without this capability even the superuser cannot write a read-only file.
+    const QStringList bound{"--bounding-set", "-dac_override"};
+    if (QProcess::execute("setpriv", bound + QStringList{"true"}) != 0)
+        QSKIP("setpriv does not work here: a read-only file is NOT tested");
+    if (QProcess::execute("setpriv", bound + QStringList{"test", "-w", path("syslog.db")}) == 0)
+        QSKIP("this user writes read-only files: a read-only file is NOT tested");
+
+    const Result result = run(bound + QStringList{VARDO, "log.txt"}, "setpriv");
+
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(read("syslog.db"), before);
+    const QByteArray log = read("log.txt");
+    const QByteArray reason = "\"attempt to write a readonly database Unable to fetch row\" : "
+                              "[ \"create table version(version integer)\" ] ((null):0, (null))\n";
+    QVERIFY2(log.contains("Warning: coagulation/vardo/updatesyslog.cpp ( "), log.constData());
+    QVERIFY2(log.contains(reason), log.constData());
+    QVERIFY2(log.endsWith("Debug: update_v1() : FAIL ((null):0, (null))\n"), log.constData());
+}
+
+void TestVardo::leavesTheFileAsItWasWhenTheDiskIsFull()
+{
+#ifdef Q_OS_WIN
+    QSKIP("the shell's limit on file sizes is not to be had: a full disk is NOT tested");
+#endif
+    executeOn(path("syslog.db"),
+              {"pragma page_size=512", "create table assay(id integer primary key, time text)",
+               "with recursive n(i) as (select 1 union all select i + 1 from n where i < 5000) "
+               "insert into assay select i, '08:15:30.123' from n"});
+    const QByteArray before = read("syslog.db");
+
+    // 16 blocks of 512 bytes are enough for the first statements' journal, but not for all of it
+    const Result result =
+        run({"-c", R"(trap "" XFSZ; ulimit -f 16; exec "$0" log.txt)", VARDO}, "sh");
+
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(read("syslog.db"), before);
+    const QByteArray log = read("log.txt");
+    QVERIFY2(log.contains("disk I/O error") || log.contains("database or disk is full"),
+             log.constData());
+    QCOMPARE(QDir(folder->path()).entryList(QDir::Files), QStringList({"log.txt", "syslog.db"}));
+}
+
+void TestVardo::leavesAFileThatIsNoDatabaseAsItWas()
+{
+    QFile file(path("syslog.db"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray("This is a letter, not a database. ").repeated(100));
+    file.close();
+    const QByteArray before = read("syslog.db");
+
+    const Result result = run({});
+
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(read("syslog.db"), before);
+    QVERIFY2(result.errors.endsWith("Updating " + path("syslog.db").toUtf8()
+                                    + "\nFailed to start transaction: "
+                                      "\"file is not a database Unable to fetch row\"\n"),
+             result.errors.constData());
+}
+
+void TestVardo::reportsAFolderInPlaceOfADatabase()
+{
+    QVERIFY(QDir(folder->path()).mkdir("profile.db"));
+    const QByteArray name = path("profile.db").toUtf8();
+
+    const Result result = run({});
+
+    QCOMPARE(result.errors,
+             "Updating " + name
+                 + "\n"
+                   "Can't open profile.db: unable to open database file Error opening database\n"
+                   "Failed to start transaction: "
+                   "\"unable to open database file Error opening database\"\n");
+    QCOMPARE(result.exitCode, 1);
+}
+
+QTEST_GUILESS_MAIN(TestVardo)
+#include "tst_vardo.moc"
