@@ -1,0 +1,598 @@
+/// What a failed statement means: a failure of content is the step's to judge, a failure of the
+/// environment ends the run, and afterwards the file is what it was.
+
+#include "messagerecorder.h"
+#include "stepupdater.h"
+#include "testdatabase.h"
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QtTest>
+
+#include <sqlite3.h>
+
+namespace {
+
+sqlite3 *handle()
+{
+    return *static_cast<sqlite3 **>(QSqlDatabase::database().driver()->handle().data());
+}
+
+void raise(sqlite3_context *context, int, sqlite3_value **arguments)
+{
+    sqlite3_result_error_code(context, sqlite3_value_int(arguments[0]));
+}
+
+/// Gives the updater's connection the SQL function fail(code), which fails with that result code.
+void addFail()
+{
+    sqlite3_create_function(handle(), "fail", 1, SQLITE_UTF8, nullptr, raise, nullptr, nullptr);
+}
+
+int denyRollback(void *, int action, const char *what, const char *, const char *, const char *)
+{
+    return action == SQLITE_TRANSACTION && qstrcmp(what, "ROLLBACK") == 0 ? SQLITE_DENY : SQLITE_OK;
+}
+
+const QStringList patients{
+    "create table version(version integer)",
+    "insert into version values(0)",
+    "create table patient(id integer primary key, name text)",
+    "insert into patient values(1, '王芳'), (2, 'O''Neill')",
+};
+
+const QString warning = "Warning: tests/tst_updatebase_failures.cpp ( line ):  ";
+
+/// Enough rows for several pages of 512 bytes.
+const QStringList manyPatients{
+    "pragma page_size=512",
+    "vacuum",
+    "create table version(version integer)",
+    "insert into version values(0)",
+    "create table patient(id integer primary key, name text)",
+    "with recursive n(i) as (select 1 union all select i + 1 from n where i < 2000)"
+    " insert into patient select i, 'patient number ' || i from n",
+    "create table patient_new(id integer primary key, name text)",
+};
+
+} // namespace
+
+class TestFailures : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void environmentFailureEndsTheRun_data();
+    void environmentFailureEndsTheRun();
+    void contentFailureIsTheStepsToJudge_data();
+    void contentFailureIsTheStepsToJudge();
+    void everyOperationIsSilentAfterwards();
+    void nothingReachesTheFileAfterwards();
+    void laterStepsDoNotRun();
+    void aTransactionThatSqliteGaveUpEndsTheRun();
+    void aSilentQueryIsLoggedWhenTheEnvironmentFails();
+    void aSilentQueryStaysSilentWhenTheContentFails();
+    void aSilentQueryIsLoggedWhenTheTransactionIsGone();
+    void outsideARunNothingIsAbandoned();
+    void failingVersionWriteEndsTheRun();
+    void failingSecondVersionReadEndsTheRun();
+    void failingRollbackIsReported();
+    void failingRollbackOfAnAbandonedRunIsReported();
+    void aFullDatabaseEndsTheRun();
+    void anUnfinishedQueryEndsTheRun();
+    void aDamagedPageEndsTheCopy_data();
+    void aDamagedPageEndsTheCopy();
+    void aDamagedPageEndsTheReading();
+};
+
+void TestFailures::init()
+{
+    QTest::failOnWarning(QRegularExpression(".*"));
+}
+
+void TestFailures::environmentFailureEndsTheRun_data()
+{
+    QTest::addColumn<int>("code");
+
+    QTest::newRow("internal") << SQLITE_INTERNAL;
+    QTest::newRow("permission") << SQLITE_PERM;
+    QTest::newRow("aborted") << SQLITE_ABORT;
+    QTest::newRow("busy") << SQLITE_BUSY;
+    QTest::newRow("locked") << SQLITE_LOCKED;
+    QTest::newRow("no memory") << SQLITE_NOMEM;
+    QTest::newRow("read-only") << SQLITE_READONLY;
+    QTest::newRow("interrupted") << SQLITE_INTERRUPT;
+    QTest::newRow("I/O error") << SQLITE_IOERR;
+    QTest::newRow("corrupt") << SQLITE_CORRUPT;
+    QTest::newRow("full") << SQLITE_FULL;
+    QTest::newRow("cannot open") << SQLITE_CANTOPEN;
+    QTest::newRow("protocol") << SQLITE_PROTOCOL;
+    QTest::newRow("no large files") << SQLITE_NOLFS;
+    QTest::newRow("not a database") << SQLITE_NOTADB;
+    QTest::newRow("I/O error, extended") << SQLITE_IOERR_WRITE;
+    QTest::newRow("read-only, extended") << SQLITE_READONLY_DIRECTORY;
+}
+
+void TestFailures::environmentFailureEndsTheRun()
+{
+    QFETCH(int, code);
+    const TestDatabase database;
+    database.execute(patients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        step.tryAll({
+            SQL("update patient set name = 'changed' where id = 1"),
+            SQL(QString("update patient set name = fail(%1)").arg(code)),
+            SQL("update patient set name = 'late'"),
+        });
+        return true;
+    });
+    addFail();
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    QCOMPARE(recorder.messages().size(), 3);
+    QVERIFY2(recorder.messages().at(1).startsWith(warning),
+             qUtf8Printable(recorder.messages().at(1)));
+    QVERIFY2(recorder.messages().at(1).endsWith(
+                 QString("[ \"update patient set name = fail(%1)\" ]").arg(code)),
+             qUtf8Printable(recorder.messages().at(1)));
+    QCOMPARE(recorder.messages().at(2), QString("Debug: update_v1() : FAIL"));
+}
+
+void TestFailures::contentFailureIsTheStepsToJudge_data()
+{
+    QTest::addColumn<QString>("sql");
+
+    QTest::newRow("generic") << "update patient set name = fail(1)";
+    QTest::newRow("not found") << "update patient set name = fail(12)";
+    QTest::newRow("schema") << "update patient set name = fail(17)";
+    QTest::newRow("too big") << "update patient set name = fail(18)";
+    QTest::newRow("constraint") << "update patient set name = fail(19)";
+    QTest::newRow("mismatch") << "update patient set name = fail(20)";
+    QTest::newRow("authorisation") << "update patient set name = fail(23)";
+    QTest::newRow("range") << "update patient set name = fail(25)";
+    QTest::newRow("unknown code") << "update patient set name = fail(99)";
+    QTest::newRow("syntax") << "update patient name = 1";
+    QTest::newRow("missing table") << "update missing set name = 1";
+    QTest::newRow("exists") << "create table patient(id)";
+    QTest::newRow("primary key") << "insert into patient values(1, 'x')";
+    QTest::newRow("data type") << "insert into patient values('x', 'x')";
+}
+
+void TestFailures::contentFailureIsTheStepsToJudge()
+{
+    QFETCH(QString, sql);
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        step.tryAll({
+            SQL("update patient set name = 'changed' where id = 1"),
+            SQL(sql),
+            SQL("update patient set name = 'late' where id = 2"),
+        });
+        return true;
+    });
+    addFail();
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(upgraded);
+    QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
+    QCOMPARE(database.table("patient"), QStringList({"1, 'changed'", "2, 'late'"}));
+    QCOMPARE(database.table("version"), QStringList{"1"});
+}
+
+void TestFailures::everyOperationIsSilentAfterwards()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    QList<bool> results;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        QSqlQuery rows("select id from patient");
+        (void)step.exec(SOURCE_LINE, QString("select fail(%1)").arg(SQLITE_IOERR));
+        results << step.exec(SOURCE_LINE, "drop table patient")
+                << step.execAll({SQL("drop table patient")}) << step.copyTable("patient", "missing")
+                << step.copyTable("missing", "patient")
+                << step.copyTable("patient", "missing", {}, {}, [](QSqlRecord &) {})
+                << step.rebuildTable("missing", "patient") << step.renameTable("patient", "person")
+                << step.removeDecimals("patient", {"name"})
+                << step.updateOrInsert("update missing set a=1", "drop table patient", SOURCE_LINE)
+                << step.setVersion(3) << step.readRows(rows, SOURCE_LINE, [] { return true; });
+        step.tryAll({SQL("drop table missing")});
+        QSqlQuery own;
+        own.exec("drop table missing");
+        step.logSqlError(own, SOURCE_LINE);
+        step.logUnlessContentError(own, SOURCE_LINE);
+        return true;
+    });
+    addFail();
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(results, QList<bool>(11, false));
+    QCOMPARE(recorder.messages(),
+             QStringList({"Debug: Updating " + database.path(),
+                          warning
+                              + "\"disk I/O error Unable to fetch row\" : "
+                                "[ \"select fail(10)\" ]",
+                          "Debug: update_v1() : FAIL"}));
+}
+
+void TestFailures::nothingReachesTheFileAfterwards()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    bool changed = true;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        (void)step.exec(SOURCE_LINE, QString("select fail(%1)").arg(SQLITE_IOERR));
+        changed = QSqlQuery().exec("delete from patient"); // a query of the step's own
+        return true;
+    });
+    addFail();
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QVERIFY(!changed);
+    QCOMPARE(database.content(), before);
+}
+
+class TwoStepUpdater : public coagulation::UpdateBase {
+    Q_OBJECT
+
+public:
+    using UpdateBase::UpdateBase;
+
+    bool secondRan = false;
+
+public slots:
+    bool update_v1()
+    {
+        tryAll({SQL("update patient set name = fail(13)")});
+        return true;
+    }
+    bool update_v2()
+    {
+        secondRan = true;
+        return true;
+    }
+};
+
+void TestFailures::laterStepsDoNotRun()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    TwoStepUpdater updater(database.path());
+    addFail();
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QVERIFY(!updater.secondRan);
+}
+
+void TestFailures::aTransactionThatSqliteGaveUpEndsTheRun()
+{
+    const TestDatabase database;
+    database.execute(patients
+                     + QStringList{"create trigger keep before delete on patient"
+                                   " begin select raise(rollback, 'patients are kept'); end"});
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        step.tryAll({
+            SQL("update patient set name = 'changed'"),
+            SQL("delete from patient"),
+            SQL("update patient set name = 'late'"),
+        });
+        return true;
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    QCOMPARE(recorder.messages(),
+             QStringList({"Debug: Updating " + database.path(),
+                          warning
+                              + "\"patients are kept Unable to fetch row\" : "
+                                "[ \"delete from patient\" ]",
+                          "Debug: update_v1() : FAIL"}));
+}
+
+void TestFailures::aSilentQueryIsLoggedWhenTheEnvironmentFails()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        QSqlQuery query(QString("select fail(%1)").arg(SQLITE_BUSY));
+        step.logUnlessContentError(query, SOURCE_LINE);
+        return true;
+    });
+    addFail();
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({warning
+                              + "\"database is locked Unable to fetch row\" : "
+                                "[ \"select fail(5)\" ]",
+                          "Debug: update_v1() : FAIL"}));
+}
+
+void TestFailures::aSilentQueryStaysSilentWhenTheContentFails()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        QSqlQuery query("select * from missing");
+        step.logUnlessContentError(query, SOURCE_LINE);
+        return true;
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(upgraded);
+    QCOMPARE(recorder.messages().filter("Warning: "), QStringList());
+}
+
+void TestFailures::aSilentQueryIsLoggedWhenTheTransactionIsGone()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        QSqlQuery query("insert or rollback into patient values(1, 'again')");
+        step.logUnlessContentError(query, SOURCE_LINE);
+        return true;
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
+}
+
+void TestFailures::outsideARunNothingIsAbandoned()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &) { return true; });
+    addFail();
+
+    const bool failed = updater.exec(SOURCE_LINE, "select fail(10)");
+    const bool after = updater.exec(SOURCE_LINE, "update patient set name = 'changed'");
+
+    QVERIFY(!failed);
+    QVERIFY(after);
+    QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
+}
+
+void TestFailures::failingVersionWriteEndsTheRun()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &step) {
+        return step.exec(SOURCE_LINE,
+                         "create temp trigger broken before delete on main.version"
+                         " begin select fail(10); end");
+    });
+    addFail();
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({"Debug: update_v1() : PASS",
+                          "Warning: coagulation/vardo/updatebase.cpp ( line ):  "
+                          "\"disk I/O error Unable to fetch row\" : [ \"delete from version\" ]",
+                          "Debug: Failed to update version to 1"}));
+}
+
+void TestFailures::failingSecondVersionReadEndsTheRun()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    bool ran = false;
+    StepUpdater updater(database.path(), [&](StepUpdater &) { return ran = true; });
+    addFail();
+    QVERIFY(QSqlQuery().exec("create temp view version as select fail(10) as version"));
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QVERIFY(!ran);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList{"Warning: coagulation/vardo/updatebase.cpp ( line ):  "
+                         "\"disk I/O error Unable to fetch row\" : "
+                         "[ \"select version from version order by version desc\" ]"});
+    QCOMPARE(database.content(), before);
+    QVERIFY(QSqlQuery().exec("begin")); // no transaction is left
+}
+
+void TestFailures::failingRollbackIsReported()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &) { return false; });
+    sqlite3_set_authorizer(handle(), denyRollback, nullptr);
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({"Debug: update_v1() : FAIL",
+                          "Warning: Failed to call roolback:"
+                          " \"not authorized Unable to rollback transaction\""}));
+}
+
+void TestFailures::failingRollbackOfAnAbandonedRunIsReported()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &step) {
+        step.tryAll({SQL("update patient set name = 'changed'"), SQL("select fail(5)")});
+        return true;
+    });
+    addFail();
+    sqlite3_set_authorizer(handle(), denyRollback, nullptr);
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(recorder.messages().mid(2),
+             QStringList({"Warning: Failed to call roolback:"
+                          " \"not authorized Unable to rollback transaction\"",
+                          "Debug: update_v1() : FAIL"}));
+}
+
+void TestFailures::aFullDatabaseEndsTheRun()
+{
+    const TestDatabase database;
+    database.execute(manyPatients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &step) {
+        QSqlQuery("pragma max_page_count=1"); // SQLite takes the present size
+        step.tryAll({SQL("insert into patient_new select * from patient")});
+        return true;
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({warning
+                              + "\"database or disk is full Unable to fetch row\" : "
+                                "[ \"insert into patient_new select * from patient\" ]",
+                          "Debug: update_v1() : FAIL"}));
+}
+
+void TestFailures::anUnfinishedQueryEndsTheRun()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &step) {
+        QSqlQuery reading;
+        reading.setForwardOnly(true);
+        reading.exec("select * from patient");
+        step.tryAll({SQL("drop table patient")});
+        return true;
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({warning
+                              + "\"database table is locked Unable to fetch row\" : "
+                                "[ \"drop table patient\" ]",
+                          "Debug: update_v1() : FAIL"}));
+}
+
+namespace {
+
+/// Overwrites a page in the middle of the table patient.
+QByteArray damage(const TestDatabase &database)
+{
+    QFile file(database.path());
+    if (!file.open(QIODevice::ReadWrite) || !file.seek(60 * 512)
+        || file.write(QByteArray(512, '\xff')) != 512)
+        qFatal("%s cannot be damaged", qUtf8Printable(database.path()));
+    file.close();
+    return database.bytes();
+}
+
+} // namespace
+
+void TestFailures::aDamagedPageEndsTheCopy_data()
+{
+    QTest::addColumn<bool>("adjusted");
+
+    QTest::newRow("inside SQLite") << false;
+    QTest::newRow("row by row") << true;
+}
+
+void TestFailures::aDamagedPageEndsTheCopy()
+{
+    QFETCH(bool, adjusted);
+    const TestDatabase database;
+    database.execute(manyPatients);
+    const QByteArray before = damage(database);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        const auto keep = [](QSqlRecord &) {};
+        (void)step.copyTable("patient", "patient_new", {}, {},
+                             adjusted ? keep : std::function<void(QSqlRecord &)>());
+        return true;
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.bytes(), before);
+    QCOMPARE(recorder.messages().size(), 3);
+    QVERIFY2(recorder.messages().at(1).contains("database disk image is malformed"),
+             qUtf8Printable(recorder.messages().at(1)));
+}
+
+void TestFailures::aDamagedPageEndsTheReading()
+{
+    const TestDatabase database;
+    database.execute(manyPatients);
+    const QByteArray before = damage(database);
+    const MessageRecorder recorder;
+    int rows = 0;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        QSqlQuery query;
+        query.setForwardOnly(true);
+        (void)(query.exec("select * from patient") && step.readRows(query, SOURCE_LINE, [&] {
+            ++rows;
+            return true;
+        }));
+        return true;
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QVERIFY(rows > 0 && rows < 2000);
+    QCOMPARE(database.bytes(), before);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({warning
+                              + "\"database disk image is malformed Unable to fetch row\" : "
+                                "[ \"select * from patient\" ]",
+                          "Debug: update_v1() : FAIL"}));
+}
+
+QTEST_GUILESS_MAIN(TestFailures)
+#include "tst_updatebase_failures.moc"

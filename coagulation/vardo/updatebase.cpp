@@ -310,14 +310,13 @@ bool UpdateBase::endsRun(const QSqlError &error) const
 bool UpdateBase::readRows(QSqlQuery &query, const char *sourceFile, int line,
                           const std::function<bool()> &row)
 {
-    while (query.next()) {
+    while (!isAbandoned() && query.next()) {
         if (!row())
             return false;
     }
-    if (!query.lastError().isValid())
-        return true;
-    logSqlError(query, sourceFile, line);
-    return false;
+    if (query.lastError().isValid())
+        logSqlError(query, sourceFile, line);
+    return !isAbandoned() && !query.lastError().isValid();
 }
 
 bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRecord &defaults,

@@ -1,0 +1,11 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="fr" sourcelanguage="zh">
+<context>
+    <name>coagulation::UpdateBase</name>
+    <message>
+        <source>zh</source>
+        <translation>second</translation>
+    </message>
+</context>
+</TS>
