@@ -50,8 +50,8 @@ int main(int argc, char *argv[])
     coagulation::shieldLogFromEnvironment();
     const QCoreApplication application(argc, argv);
 
-    coagulation::openLog(application.arguments().value(1));
-    for (const QString &name : application.arguments().mid(2))
+    coagulation::openLog(QCoreApplication::arguments().value(1));
+    for (const QString &name : QCoreApplication::arguments().mid(2))
         send(name);
     return 0;
 }

@@ -91,8 +91,8 @@ QStringList databaseContent(const QString &path)
     return content;
 }
 
-TestDatabase::TestDatabase(const QString &name)
-    : fileName(name)
+TestDatabase::TestDatabase(QString name)
+    : fileName(std::move(name))
 {
     executeOn(path(), {"vacuum"}); // so that the file exists
 }

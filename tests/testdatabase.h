@@ -9,7 +9,7 @@
 class TestDatabase {
 public:
     /// \param name file name of the database, which does not exist yet
-    explicit TestDatabase(const QString &name = "test.db");
+    explicit TestDatabase(QString name = "test.db");
 
     QString path() const { return folder.filePath(fileName); }
     QString folderPath() const { return folder.path(); }

@@ -79,10 +79,14 @@ void TestTranslators::findsATranslation_data()
 
     const QString beside = "bin/translations/";
     const QString shared = "share/vardo/translations/";
-    QTest::newRow("beside, language") << beside + "vardo_fr.qm" << "fr_FR.UTF-8";
-    QTest::newRow("beside, country") << beside + "vardo_fr_FR.qm" << "fr_FR.UTF-8";
-    QTest::newRow("shared, language") << shared + "vardo_fr.qm" << "fr_FR.UTF-8";
-    QTest::newRow("shared, country") << shared + "vardo_fr_CA.qm" << "fr_CA.UTF-8";
+    QTest::newRow("beside, language") << beside + "vardo_fr.qm"
+                                      << "fr_FR.UTF-8";
+    QTest::newRow("beside, country") << beside + "vardo_fr_FR.qm"
+                                     << "fr_FR.UTF-8";
+    QTest::newRow("shared, language") << shared + "vardo_fr.qm"
+                                      << "fr_FR.UTF-8";
+    QTest::newRow("shared, country") << shared + "vardo_fr_CA.qm"
+                                     << "fr_CA.UTF-8";
 }
 
 void TestTranslators::findsATranslation()
@@ -124,7 +128,7 @@ void TestTranslators::takesTheLocalesOwnTranslationOnly()
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
-    if (application.arguments().value(1) == "translate")
+    if (QCoreApplication::arguments().value(1) == "translate")
         return translate();
 
     TestTranslators test;

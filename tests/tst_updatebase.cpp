@@ -544,7 +544,7 @@ void TestUpdateBase::failsAStepThatDoesNotReturnABool()
     const bool upgraded = IntUpdater(database.path()).run();
 
     QVERIFY(!upgraded);
-    QCOMPARE(recorder.messages().last(), QString("Debug: update_v1() : FAIL"));
+    QCOMPARE(recorder.messages().constLast(), QString("Debug: update_v1() : FAIL"));
     QCOMPARE(database.table("version"), QStringList{"0"});
 }
 
@@ -591,7 +591,7 @@ void TestUpdateBase::classesWithoutStepsSayso()
 
     QVERIFY(upgraded);
     QCOMPARE(recorder.messages().size(), 2);
-    QVERIFY(recorder.messages().last().endsWith(
+    QVERIFY(recorder.messages().constLast().endsWith(
         QString("):  coagulation::Update%1 does not contain methods like 'bool update_v<N>()'")
             .arg(name.at(0).toUpper() + name.mid(1))));
 }
@@ -753,7 +753,7 @@ void TestUpdateBase::failsToStartWhileAnotherWrites()
     const QStringList before = database.content();
     const MessageRecorder recorder;
     ToyUpdater updater(database.path());
-    QSqlQuery("pragma busy_timeout=0"); // the default of 5 s is too long for a test
+    QSqlQuery().exec("pragma busy_timeout=0"); // the default of 5 s is too long for a test
     bool upgraded = true;
     {
         QSqlDatabase other = QSqlDatabase::addDatabase("QSQLITE", "other");
@@ -781,7 +781,7 @@ void TestUpdateBase::failsToCommitWhileAnotherReads()
     const QStringList before = database.content();
     const MessageRecorder recorder;
     ToyUpdater updater(database.path());
-    QSqlQuery("pragma busy_timeout=0");
+    QSqlQuery().exec("pragma busy_timeout=0");
     bool upgraded = true;
     {
         QSqlDatabase other = QSqlDatabase::addDatabase("QSQLITE", "other");
@@ -816,7 +816,7 @@ void TestUpdateBase::failsToCommitATransactionThatAStepEnded()
     const bool upgraded = updater.run();
 
     QVERIFY(!upgraded);
-    QCOMPARE(recorder.messages().last(),
+    QCOMPARE(recorder.messages().constLast(),
              QString("Warning: Failed to commit: \"cannot commit - no transaction is active"
                      " Unable to commit transaction\""));
 }

@@ -23,7 +23,7 @@ sqlite3 *handle()
 
 void raise(sqlite3_context *context, int, sqlite3_value **arguments)
 {
-    sqlite3_result_error_code(context, sqlite3_value_int(arguments[0]));
+    sqlite3_result_error_code(context, sqlite3_value_int(*arguments));
 }
 
 /// Gives the updater's connection the SQL function fail(code), which fails with that result code.
@@ -478,7 +478,7 @@ void TestFailures::aFullDatabaseEndsTheRun()
     const QStringList before = database.content();
     const MessageRecorder recorder;
     StepUpdater updater(database.path(), [](StepUpdater &step) {
-        QSqlQuery("pragma max_page_count=1"); // SQLite takes the present size
+        QSqlQuery().exec("pragma max_page_count=1"); // SQLite takes the present size
         step.tryAll({SQL("insert into patient_new select * from patient")});
         return true;
     });
@@ -525,7 +525,7 @@ namespace {
 QByteArray damage(const TestDatabase &database)
 {
     QFile file(database.path());
-    if (!file.open(QIODevice::ReadWrite) || !file.seek(60 * 512)
+    if (!file.open(QIODevice::ReadWrite) || !file.seek(60LL * 512)
         || file.write(QByteArray(512, '\xff')) != 512)
         qFatal("%s cannot be damaged", qUtf8Printable(database.path()));
     file.close();

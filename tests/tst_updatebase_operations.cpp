@@ -17,7 +17,7 @@ const QString versionTable = "create table version(version integer)";
 
 /// What a step did: its own result, and the log from the step on without PASS or FAIL.
 struct Outcome {
-    bool result;
+    bool result = false;
     QStringList log;
 };
 

@@ -253,7 +253,7 @@ void TestUpdateSyslog::failsWhenMaintenanceRecordsExist()
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);
-    QCOMPARE(recorder.messages().last(), QString("Debug: update_v4() : FAIL"));
+    QCOMPARE(recorder.messages().constLast(), QString("Debug: update_v4() : FAIL"));
     QVERIFY(recorder.messages()
                 .at(recorder.messages().size() - 2)
                 .startsWith(
@@ -275,7 +275,7 @@ void TestUpdateSyslog::failsWhenATimeCannotBeCut()
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);
-    QCOMPARE(recorder.messages().last(), QString("Debug: update_v3() : FAIL"));
+    QCOMPARE(recorder.messages().constLast(), QString("Debug: update_v3() : FAIL"));
     QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
 }
 

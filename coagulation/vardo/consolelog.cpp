@@ -10,6 +10,7 @@ namespace coagulation {
 
 namespace {
 
+// NOLINTNEXTLINE(*-avoid-non-const-global-variables): a message handler is a plain function
 std::FILE *logFile = nullptr;
 
 std::FILE *openForAppending(const QString &fileName)

@@ -70,7 +70,7 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
 
     Options options;
-    if (const std::optional<int> exitCode = parse(application.arguments().mid(1), options)) {
+    if (const std::optional<int> exitCode = parse(QCoreApplication::arguments().mid(1), options)) {
         std::fputs(usage, stdout);
         return *exitCode;
     }

@@ -76,7 +76,7 @@ QSqlError openConnection()
     for (const char *setting : {"pragma legacy_alter_table=on", "pragma foreign_keys=off"}) {
         QSqlQuery query;
         if (!query.exec(setting)) {
-            const QSqlError error = query.lastError();
+            QSqlError error = query.lastError();
             query.clear();
             database.close();
             return error;
@@ -104,12 +104,36 @@ QSqlRecord withoutColumns(QSqlRecord record, const QStringList &columns)
     return record;
 }
 
+void setDefaults(QSqlRecord &row, const QSqlRecord &defaults)
+{
+    for (int i = 0; i < defaults.count(); ++i) {
+        if (row.contains(defaults.fieldName(i)))
+            row.setValue(defaults.fieldName(i), defaults.value(i));
+        else
+            row.append(defaults.field(i));
+    }
+}
+
 /// An empty blob is read from the database as a null byte array, which would be bound as null.
 QVariant keepingEmptyBlob(const QVariant &value)
 {
     const bool isEmptyBlob =
         value.typeId() == QMetaType::QByteArray && !value.isNull() && value.toByteArray().isNull();
     return isEmptyBlob ? QVariant(QByteArray("")) : value;
+}
+
+/// \param insert used for all rows of a table, since preparing costs more than inserting
+bool insertRow(QSqlQuery &insert, const QString &table, const QSqlRecord &row)
+{
+    const QString sql =
+        connection().driver()->sqlStatement(QSqlDriver::InsertStatement, table, row, true);
+    if (sql != insert.lastQuery() && !insert.prepare(sql))
+        return false;
+    for (int i = 0; i < row.count(); ++i) {
+        if (row.isGenerated(i)) // the others are not in the statement
+            insert.addBindValue(keepingEmptyBlob(row.value(i)));
+    }
+    return insert.exec();
 }
 
 } // namespace
@@ -140,8 +164,8 @@ UpdateBase::UpdateBase(const QString &path, QObject *parent)
     qDebug("Updating %s", qUtf8Printable(file.absoluteFilePath()));
     // SQLite takes a name that begins with "file:" for a URI, that is for another file.
     const bool looksLikeUri = path.startsWith("file:", Qt::CaseInsensitive);
-    QSqlDatabase::addDatabase("QSQLITE").setDatabaseName(looksLikeUri ? file.absoluteFilePath()
-                                                                      : path);
+    QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE");
+    database.setDatabaseName(looksLikeUri ? file.absoluteFilePath() : path);
     if (const QSqlError error = openConnection(); error.isValid()) {
         qWarning("Can't open %s: %s", qUtf8Printable(path), qUtf8Printable(error.text()));
         return;
@@ -292,7 +316,7 @@ void UpdateBase::logSqlError(const QSqlQuery &query, const char *sourceFile, int
         rollBack();
         transaction = Transaction::Abandoned;
         // Nothing that a step still runs by itself may reach the file.
-        QSqlQuery("pragma query_only=on");
+        QSqlQuery().exec("pragma query_only=on");
     }
 }
 
@@ -381,27 +405,12 @@ bool UpdateBase::copyAdjustedRows(QSqlQuery &rows, const QString &to, const QSql
                                   const QStringList &excluded,
                                   const std::function<void(QSqlRecord &)> &adjust)
 {
-    const QSqlDriver *driver = connection().driver();
     QSqlQuery insert;
     return readRows(rows, SOURCE_LINE, [&] {
-        QSqlRecord record = withoutColumns(rows.record(), excluded);
-        for (int i = 0; i < defaults.count(); ++i) {
-            if (record.contains(defaults.fieldName(i)))
-                record.setValue(defaults.fieldName(i), defaults.value(i));
-            else
-                record.append(defaults.field(i));
-        }
-        adjust(record);
-
-        const QString sql = driver->sqlStatement(QSqlDriver::InsertStatement, to, record, true);
-        bool inserted = sql == insert.lastQuery() || insert.prepare(sql);
-        if (inserted) {
-            for (int i = 0; i < record.count(); ++i) {
-                if (record.isGenerated(i)) // the others are not in the statement
-                    insert.addBindValue(keepingEmptyBlob(record.value(i)));
-            }
-            inserted = insert.exec();
-        }
+        QSqlRecord row = withoutColumns(rows.record(), excluded);
+        setDefaults(row, defaults);
+        adjust(row);
+        const bool inserted = insertRow(insert, to, row);
         if (!inserted)
             logSqlError(insert, SOURCE_LINE);
         return inserted;

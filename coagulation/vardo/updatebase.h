@@ -33,8 +33,9 @@ QString databaseFileName(const QString &pattern);
 /// \return the path from the project's root on, for units below coagulation/
 consteval const char *sourcePath(const char *file)
 {
-    const auto start = std::string_view(file).rfind("coagulation");
-    return start == std::string_view::npos ? file : file + start;
+    const std::string_view path = file;
+    const auto start = path.rfind("coagulation");
+    return start == std::string_view::npos ? file : path.substr(start).data();
 }
 
 /// One SQL statement of a step, with the place in the source that its failure is logged with.
