@@ -140,12 +140,8 @@ void TestUpdateSyslog::reachesVersion4FromEveryVersion()
                  + QStringList{"Debug: Updated version to 4"});
     QCOMPARE(database.table("version"), QStringList{"4"});
     QCOMPARE(
-        database
-            .rows("select name, type, \"notnull\", dflt_value, pk"
-                  " from pragma_table_info('maintenanceRecords')")
-            .replaceInStrings("'integer'", "'INTEGER'")
-            .replaceInStrings("'text'", "'TEXT'")
-            .replaceInStrings("'date'", "'DATE'"),
+        database.rows("select name, upper(type), \"notnull\", dflt_value, pk"
+                      " from pragma_table_info('maintenanceRecords')"),
         QStringList({"'id', 'INTEGER', 0, NULL, 1", "'instrUuid', 'TEXT', 1, NULL, 0",
                      "'maintenanceDate', 'DATE', 1, NULL, 0", "'recordType', 'TEXT', 1, NULL, 0",
                      "'maintenanceItem', 'TEXT', 1, NULL, 0", "'recorder', 'TEXT', 1, NULL, 0"}));

@@ -243,8 +243,7 @@ bool UpdateBase::upgrade()
 {
     const QMap<int, QMetaMethod> steps = findSteps(*metaObject());
     if (steps.isEmpty()) {
-        const auto *className = metaObject()->className();
-        qDebug() << sourcePath(__FILE__) << "(" << __LINE__ << "): " << className
+        qDebug() << sourcePath(__FILE__) << "(" << __LINE__ << "): " << metaObject()->className()
                  << "does not contain methods like 'bool update_v<N>()'";
         return true;
     }
@@ -361,29 +360,22 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     if (!rows.next())
         return true;
 
-    const QSqlRecord source = withoutColumns(rows.record(), excluded);
+    QSqlRecord row = withoutColumns(rows.record(), excluded);
+    setDefaults(row, defaults);
     rows.finish();
     QStringList columns;
     QStringList values;
     QVariantList bound;
-    const QSqlDriver *driver = connection().driver();
-    for (int i = 0; i < source.count(); ++i) {
-        const QString column = driver->escapeIdentifier(source.fieldName(i), QSqlDriver::FieldName);
-        columns << column;
-        if (!defaults.contains(source.fieldName(i))) {
-            // Qualified: a quoted name alone that is no column would be taken for a text.
-            values << from + '.' + column;
-            continue;
+    for (int i = 0; i < row.count(); ++i) {
+        const QString name = row.fieldName(i);
+        columns << connection().driver()->escapeIdentifier(name, QSqlDriver::FieldName);
+        if (defaults.contains(name)) {
+            values << "?";
+            bound << defaults.value(name);
+        } else {
+            // qualified, since a quoted name alone that is no column would be taken for a text
+            values << from + '.' + columns.constLast();
         }
-        values << "?";
-        bound << defaults.value(source.fieldName(i));
-    }
-    for (int i = 0; i < defaults.count(); ++i) {
-        if (source.contains(defaults.fieldName(i)))
-            continue;
-        columns << driver->escapeIdentifier(defaults.fieldName(i), QSqlDriver::FieldName);
-        values << "?";
-        bound << defaults.value(i);
     }
 
     // Inside SQLite, since values change on the way through the driver; not through an index, which
