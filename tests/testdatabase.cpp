@@ -1,6 +1,7 @@
 #include "testdatabase.h"
 
 #include <QFile>
+#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -20,6 +21,7 @@ public:
         database.setDatabaseName(path);
         if (!database.open())
             qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(database.lastError().text()));
+        execute("pragma synchronous=off"); // tests need no power-loss safety, only speed
     }
     ~Connection()
     {
@@ -97,6 +99,15 @@ TestDatabase::TestDatabase(QString name)
     executeOn(path(), {"vacuum"}); // so that the file exists
 }
 
+void TestDatabase::load(const QString &sample) const
+{
+    QProcess shell;
+    shell.setStandardInputFile(QString(SAMPLES) + '/' + sample);
+    shell.start("sqlite3", {"-bail", "-cmd", "pragma synchronous=off", path()});
+    if (!shell.waitForFinished() || shell.exitCode() != 0)
+        qFatal("%s: %s", qUtf8Printable(sample), shell.readAllStandardError().constData());
+}
+
 void TestDatabase::execute(const QStringList &statements) const
 {
     executeOn(path(), statements);
@@ -118,7 +129,8 @@ QStringList TestDatabase::schema() const
                                                   " order by type, name");
     for (QString &statement : schema)
         statement = statement.simplified();
-    return schema;
+    return schema.replaceInStrings("( ", "(").replaceInStrings(" )", ")").replaceInStrings(" ,",
+                                                                                           ",");
 }
 
 QStringList TestDatabase::content() const

@@ -14,6 +14,10 @@ public:
     QString path() const { return folder.filePath(fileName); }
     QString folderPath() const { return folder.path(); }
 
+    /// Runs a sample of the project's folder samples/ through the sqlite3 shell.
+    /// \param sample name of the file, for example "data_v0.sql"
+    void load(const QString &sample) const;
+
     void execute(const QStringList &statements) const;
 
     /// \return the rows of a query in its order, each as SQL literals: "3, '3', NULL"
@@ -22,8 +26,8 @@ public:
     /// \return the rows of a table in its own order, as by rows()
     QStringList table(const QString &name) const;
 
-    /// \return the statements that made the database's tables, indexes, views and triggers, by name,
-    ///         with their white space simplified
+    /// \return the statements that made the database's indexes, tables, triggers and views, by type
+    ///         and name, with single blanks and none inside of brackets or before a comma
     QStringList schema() const;
 
     /// \return all that is in the file: the schema's statements as they are stored, then the rows of

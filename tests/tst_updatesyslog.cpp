@@ -43,9 +43,9 @@ const QString assaySchema =
     "CREATE TABLE assay(id integer primary key, date date, time time, item text)";
 const QString versionSchema = "CREATE TABLE version(version integer)";
 const QString maintenanceRecordsSchema =
-    "CREATE TABLE maintenanceRecords ( id INTEGER PRIMARY KEY AUTOINCREMENT,"
+    "CREATE TABLE maintenanceRecords (id INTEGER PRIMARY KEY AUTOINCREMENT,"
     " instrUuid TEXT NOT NULL, maintenanceDate DATE NOT NULL, recordType TEXT NOT NULL,"
-    " maintenanceItem TEXT NOT NULL, recorder TEXT NOT NULL )";
+    " maintenanceItem TEXT NOT NULL, recorder TEXT NOT NULL)";
 const QString sequenceSchema = "CREATE TABLE sqlite_sequence(name,seq)";
 
 QStringList versionTable(int version)

@@ -4,12 +4,30 @@
 
 namespace coagulation {
 
-/// Upgrades the data database: patients, their results, curves and lookup lists.
+/// Upgrades the data database: patients, their results, curves, details and lookup lists.
 class UpdateData : public UpdateBase {
     Q_OBJECT
 
 public:
     explicit UpdateData(QObject *parent = nullptr);
+
+public slots:
+    bool update_v8();  ///< any older layout: lookup lists, result versions, memo, report times
+    bool update_v9();  ///< whole-second times
+    bool update_v10(); ///< patient.instrId
+    bool update_v11(); ///< soft deletion of results, curves and details
+    bool update_v12(); ///< table sampleAssayRequest
+
+private:
+    // the blocks of update_v8, one for each version that it leaves behind
+    [[nodiscard]] bool rebuildLookupLists();
+    [[nodiscard]] bool replaceDeleteTrigger();
+    void splitResultsIntoVersions();
+    void showCheckedResults();
+    [[nodiscard]] bool addMemo();
+    [[nodiscard]] bool addReportTimes();
+    [[nodiscard]] bool addDepartments();
+    [[nodiscard]] bool addSampleTimes();
 };
 
 } // namespace coagulation

@@ -1,0 +1,688 @@
+/// The data database from every stored version to the current one.
+
+#include "messagerecorder.h"
+#include "testdatabase.h"
+
+#include "coagulation/vardo/updatedata.h"
+
+#include <QtTest>
+
+using coagulation::UpdateData;
+
+namespace {
+
+bool upgrade(const TestDatabase &database)
+{
+    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
+    return UpdateData().run();
+}
+
+QStringList lookupList(const QString &name)
+{
+    return {
+        QString("create table %1_new(id integer primary key, abbr text COLLATE NOCASE, name text)")
+            .arg(name),
+        QString("insert into %1_new select id, %2, name from %1")
+            .arg(name, name == "department" || name == "operator" ? "null" : "abbr"),
+        QString("drop table %1").arg(name),
+        QString("alter table %1_new rename to %1").arg(name),
+        QString("create index if not exists %1_index on %1 (abbr)").arg(name),
+    };
+}
+
+/// \return what turns the sample at a version into one at the next version
+QStringList changesTo(int version)
+{
+    switch (version) {
+    case 1:
+        return QStringList{"alter table patient add sampleType text",
+                           "alter table patient add hospitalNo text"}
+        + lookupList("department") + lookupList("sex") + lookupList("treatmentRoom")
+            + lookupList("diagnosis") + lookupList("doctor") + lookupList("operator")
+            + QStringList{"create table detail(id integer primary key,"
+                          " patientId integer references patient, item text, info text,"
+                          " unique(patientId, item) on conflict replace)",
+                          "create table version(version integer)"};
+    case 2:
+        return {"drop trigger on_delete_patient",
+                "create trigger on_delete_patient after delete on patient begin"
+                " delete from exam where old.sampleNo = exam.sampleNo and old.date = exam.date;"
+                " delete from result where old.id = result.patientId;"
+                " delete from patientExtra where old.id = patientExtra.patientId;"
+                " delete from curve where old.id = curve.patientId;"
+                " delete from detail where old.id = detail.patientId; end"};
+    case 3:
+        return {
+            "create table results(id integer primary key,"
+            " patientId integer references patient, item text, subitem text, version integer,"
+            " abbr text, code text, date date, time time, result real, unit text,"
+            " flag integer, displayOrder integer, lowerMarkLimit real, upperMarkLimit real)",
+            "create index results_index on results(patientId, item, subitem)",
+            "insert into results select id, patientId, item, subitem, 1, abbr, code, null, null,"
+            " result, unit, flag, displayOrder, lowerMarkLimit, upperMarkLimit from result",
+            "create table checkedResult(id integer primary key,"
+            " patientId integer references patient, item text, subitem text,"
+            " resultsId integer references results,"
+            " unique(patientId, item, subitem) on conflict replace)",
+            "create index checkedResult_index on checkedResult(patientId, item, subitem)",
+            "insert into checkedResult(patientId, item, subitem, resultsId)"
+            " select patientId, item, subitem, id from result",
+            "drop table result",
+            "create table curve_new(id integer primary key,"
+            " patientId integer references patient, item text, version integer, curve blob)",
+            "insert into curve_new select id, patientId, item, 1, curve from curve",
+            "drop table curve",
+            "alter table curve_new rename to curve",
+            "create table detail_new(id integer primary key,"
+            " patientId integer references patient, item text, version integer, info text)",
+            "insert into detail_new select id, patientId, item, 1, info from detail",
+            "drop table detail",
+            "alter table detail_new rename to detail",
+            "drop trigger on_delete_patient",
+            "create trigger on_delete_patient after delete on patient begin"
+            " delete from patientExtra where old.id = patientExtra.patientId;"
+            " delete from exam where old.sampleNo = exam.sampleNo and old.date = exam.date;"
+            " delete from results where old.id = results.patientId;"
+            " delete from checkedResult where old.id = checkedResult.patientId;"
+            " delete from curve where old.id = curve.patientId;"
+            " delete from detail where old.id = detail.patientId; end"};
+    case 4:
+        return {"create view result as select results.id, results.patientId, results.item,"
+                " results.subitem, abbr, code, result, unit, flag, displayOrder, lowerMarkLimit,"
+                " upperMarkLimit from results, checkedResult"
+                " where results.id = checkedResult.resultsId"
+                " and results.patientId = checkedResult.patientId"};
+    case 5:
+        return {"alter table patient add memo text",
+                "create table memo(id integer primary key, abbr text COLLATE NOCASE, name text)",
+                "create index memo_index on memo (abbr)"};
+    case 6:
+        return {"alter table patient add printTime datetime",
+                "alter table patient add outputTime datetime"};
+    case 7:
+        return {"alter table doctor add department text",
+                "alter table treatmentRoom add department text"};
+    case 8:
+        return {"alter table patient add sampleTime datetime",
+                "alter table patient add testTime datetime",
+                "alter table patient add validateTime datetime"};
+    case 9:
+        return {"update patient set time = '08:01:02' where id = 1",
+                "update patient set time = '07:59:59' where id = 5"};
+    case 10:
+        return {"alter table patient add instrId text"};
+    case 11:
+        return {"alter table results add deletedAt datetime",
+                "alter table curve add deletedAt datetime",
+                "alter table detail add deletedAt datetime"};
+    case 12:
+        return {"create table sampleAssayRequest(barcode text primary key, testItems text,"
+                " patientInfo text, finished integer not null default 0, updatedTime datetime)"};
+    default:
+        return {};
+    }
+}
+
+/// Fills the database with the sample as it stands at a version.
+void makeAt(const TestDatabase &database, int version)
+{
+    database.load("data_v0.sql");
+    for (int next = 1; next <= version; ++next)
+        database.execute(QStringList{"pragma legacy_alter_table=on"} + changesTo(next));
+    if (version > 0)
+        database.execute({QString("insert into version values(%1)").arg(version)});
+}
+
+QStringList passOrSkip(int storedVersion)
+{
+    QStringList log;
+    for (const int step : {8, 9, 10, 11, 12})
+        log << QString("Debug: %1: %2")
+                   .arg(QString("update_v%1()").arg(step), -12)
+                   .arg(storedVersion < step ? "PASS" : "SKIP");
+    return log;
+}
+
+const QStringList newSchema{
+    "CREATE INDEX checkedResult_index on checkedResult(patientId, item, subitem)",
+    "CREATE INDEX department_index on department (abbr)",
+    "CREATE INDEX diagnosis_index on diagnosis (abbr)",
+    "CREATE INDEX doctor_index on doctor (abbr)",
+    "CREATE INDEX memo_index on memo (abbr)",
+    "CREATE INDEX operator_index on operator (abbr)",
+    "CREATE INDEX patient_index on patient(date, sampleNo)",
+    "CREATE INDEX results_index on results(patientId, item, subitem)",
+    "CREATE INDEX sex_index on sex (abbr)",
+    "CREATE INDEX treatmentRoom_index on treatmentRoom (abbr)",
+    "CREATE TABLE checkedResult(id integer primary key, patientId integer references patient,"
+    " item text, subitem text, resultsId integer references results,"
+    " unique(patientId, item, subitem) on conflict replace)",
+    "CREATE TABLE \"curve\"(id integer primary key, patientId integer references patient,"
+    " item text, version integer, curve blob, deletedAt datetime)",
+    "CREATE TABLE \"department\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
+    "CREATE TABLE \"detail\"(id integer primary key, patientId integer references patient,"
+    " item text, version integer, info text, deletedAt datetime)",
+    "CREATE TABLE \"diagnosis\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
+    "CREATE TABLE \"doctor\"(id integer primary key, abbr text COLLATE NOCASE, name text,"
+    " department text)",
+    "CREATE TABLE exam (id integer primary key, sampleNo text, date date, item text)",
+    "CREATE TABLE memo(id integer primary key, abbr text COLLATE NOCASE, name text)",
+    "CREATE TABLE \"operator\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
+    "CREATE TABLE patient (id integer primary key, sampleNo text, date date, time time,"
+    " name text, sex text, age text, department text, doctor text, diagnosis text, barcode text,"
+    " sampleType text, hospitalNo text, memo text, printTime datetime, outputTime datetime,"
+    " sampleTime datetime, testTime datetime, validateTime datetime, instrId text)",
+    "CREATE TABLE patientExtra (id integer primary key, patientId integer references patient,"
+    " name text, value text)",
+    "CREATE TABLE results(id integer primary key, patientId integer references patient,"
+    " item text, subitem text, version integer, abbr text, code text, date date, time time,"
+    " result real, unit text, flag integer, displayOrder integer, lowerMarkLimit real,"
+    " upperMarkLimit real, deletedAt datetime)",
+    "CREATE TABLE sampleAssayRequest(barcode text primary key, testItems text, patientInfo text,"
+    " finished integer not null default 0, updatedTime datetime)",
+    "CREATE TABLE \"sex\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
+    "CREATE TABLE \"treatmentRoom\"(id integer primary key, abbr text COLLATE NOCASE, name text,"
+    " department text)",
+    "CREATE TABLE version(version integer)",
+    "CREATE TRIGGER on_delete_patient after delete on patient begin"
+    " delete from patientExtra where old.id = patientExtra.patientId;"
+    " delete from exam where old.sampleNo = exam.sampleNo and old.date = exam.date;"
+    " delete from results where old.id = results.patientId;"
+    " delete from checkedResult where old.id = checkedResult.patientId;"
+    " delete from curve where old.id = curve.patientId;"
+    " delete from detail where old.id = detail.patientId; end",
+    "CREATE VIEW result as select results.id, results.patientId, results.item, results.subitem,"
+    " abbr, code, result, unit, flag, displayOrder, lowerMarkLimit, upperMarkLimit"
+    " from results, checkedResult where results.id = checkedResult.resultsId"
+    " and results.patientId = checkedResult.patientId",
+};
+
+// clang-format off
+const QList<std::pair<QString, QStringList>> newTables{
+    {"patient", {
+        "1, '0001', '2016-05-09', '08:01:02', '王芳', '女', '45岁', '心内科', '李伟', '房颤', '690123450001', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL",
+        "2, '0002', '2016-05-09', '08:03:04', 'O''Neill', '男', '61', 'ICU', 'Dr. Ho', '\"DVT\", left', '690123450002', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL",
+        "3, '0003', '2016-05-09', '', '', '', '', '', NULL, NULL, '', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL",
+        "5, '0001', '2016-05-10', '07:59:59', '赵.敏', '女', '3月', '儿科', '李伟', '术前; 待查', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL",
+        "8, '0002', '2016-05-10', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL",
+    }},
+    {"patientExtra", {"1, 1, '床号', '12-3'", "2, 1, '病区', 'A'", "3, 2, 'bed', '7'", "4, 5, '监护人', '赵''先生'"}},
+    {"exam", {
+        "1, '0001', '2016-05-09', 'PT'", "2, '0001', '2016-05-09', 'APTT'", "3, '0002', '2016-05-09', 'DD'",
+        "4, '0001', '2016-05-10', 'PT'", "5, '0002', '2016-05-10', 'FIB'",
+    }},
+    {"results", {
+        "1, 1, 'PT', 'T', 1, 'PT', '凝血酶原时间', NULL, NULL, 12.3, 's', 0, 1, 9.0, 14.0, NULL",
+        "2, 1, 'PT', 'INR', 1, 'PT-INR', '国际标准化比值', NULL, NULL, 1.07, NULL, 0, 2, 0.8, 1.2, NULL",
+        "3, 1, 'APTT', 'T', 1, 'APTT', '活化部分凝血活酶时间', NULL, NULL, 31.0, 's', 0, 3, 20.0, 40.0, NULL",
+        "4, 2, 'PT', 'T', 1, 'PT', 'Prothrombin time', NULL, NULL, 58.75, 's', 3, 1, 9.0, 14.0, NULL",
+        "5, 2, 'DD', 'P', 1, 'DD', 'D-Dimer', NULL, NULL, 0.1, 'mg/l', 1, 9, 0.0, 0.55, NULL",
+        "6, 2, 'FIB', 'P', 1, 'FIB', 'Fibrinogen', NULL, NULL, NULL, 'g/l', 8, 5, 2.0, 4.0, NULL",
+        "9, 5, 'PT', 'T', 1, 'PT', '凝血酶原时间', NULL, NULL, 13.0, 's', 0, 1, 9.0, 14.0, NULL",
+        "12, 5, 'TT', 'T', 1, 'TT', 'TT''s \"code\"', NULL, NULL, '-', 's', NULL, NULL, NULL, NULL, NULL",
+    }},
+    {"checkedResult", { // in the order of result_index, which holds all that is selected
+        "1, 1, 'APTT', 'T', 3", "2, 1, 'PT', 'INR', 2", "3, 1, 'PT', 'T', 1", "4, 2, 'DD', 'P', 5",
+        "5, 2, 'FIB', 'P', 6", "6, 2, 'PT', 'T', 4", "7, 5, 'PT', 'T', 9", "8, 5, 'TT', 'T', 12",
+    }},
+    {"curve", {
+        "1, 1, 'PT', 1, X'00010203040506070809FF', NULL",
+        "2, 1, 'APTT', 1, X'', NULL",
+        "3, 2, 'PT', 1, X'27273B2D2D0A00C328', NULL",
+        "4, 5, 'PT', 1, X'00', NULL",
+        "7, 5, 'TT', 1, NULL, NULL",
+        "8, 2, 'DD', 1, X'" + QString(240, '0') + "', NULL",
+    }},
+    {"detail", {}},
+    {"department", {"1, NULL, '心内科'", "2, NULL, 'ICU'", "5, NULL, '儿科'"}},
+    {"sex", {"1, 'm', '男'", "2, 'F', '女'", "3, NULL, ''"}},
+    {"treatmentRoom", {"1, 'tr1', '第一诊室', NULL", "2, 'TR2', 'Room \"2\"', NULL"}},
+    {"diagnosis", {"1, 'fc', '房颤'", "2, 'DVT', 'Deep vein thrombosis, patient''s left leg'"}},
+    {"doctor", {"1, 'lw', '李伟', NULL", "2, 'ho', 'Dr. Ho', NULL"}},
+    {"operator", {"1, NULL, '张丽'", "2, NULL, 'admin'"}},
+    {"memo", {}},
+    {"sampleAssayRequest", {}},
+    {"version", {"12"}},
+};
+// clang-format on
+
+} // namespace
+
+class TestUpdateData : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void reachesVersion12FromEveryVersion_data();
+    void reachesVersion12FromEveryVersion();
+    void keepsADetailOfEveryVersion_data();
+    void keepsADetailOfEveryVersion();
+    void failsAndKeepsTheFile_data();
+    void failsAndKeepsTheFile();
+    void ignoresAndWarnsOnce_data();
+    void ignoresAndWarnsOnce();
+    void copiesLookupListsByColumnName();
+    void keepsAnOlderMemoTable();
+    void makesEmptyTablesWithoutOldResults();
+    void findsAbbreviationsInAnyCase();
+    void cutsTimesAtTheirPoint();
+    void deletesAllOfAPatientAndNoMore();
+    void showsTheOldResultsThroughTheView();
+    void storesRequestsAsNotFinished();
+    void changesNothingInASecondRun();
+};
+
+void TestUpdateData::init()
+{
+    QTest::failOnWarning(QRegularExpression(".*"));
+}
+
+void TestUpdateData::reachesVersion12FromEveryVersion_data()
+{
+    QTest::addColumn<int>("stored");
+
+    for (int version = 0; version <= 12; ++version)
+        QTest::addRow("%d", version) << version;
+}
+
+void TestUpdateData::reachesVersion12FromEveryVersion()
+{
+    QFETCH(int, stored);
+    const TestDatabase database("data.db");
+    makeAt(database, stored);
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(recorder.messages(),
+             QStringList{"Debug: Updating " + database.path()} + passOrSkip(stored)
+                 + QStringList{"Debug: Updated version to 12"});
+    QCOMPARE(database.schema(), newSchema);
+    for (const auto &[table, rows] : newTables)
+        QCOMPARE(database.table(table), rows);
+}
+
+void TestUpdateData::keepsADetailOfEveryVersion_data()
+{
+    QTest::addColumn<int>("stored");
+
+    for (const int version : {1, 2, 3, 7, 8, 11})
+        QTest::addRow("%d", version) << version;
+}
+
+void TestUpdateData::keepsADetailOfEveryVersion()
+{
+    QFETCH(int, stored);
+    const TestDatabase database("data.db");
+    makeAt(database, stored);
+    database.execute({"insert into detail(id, patientId, item, info) values"
+                      "(3, 2, 'PT', '通道 1'), (4, 2, 'DD', 'O''Neill')"});
+    if (stored >= 3)
+        database.execute({"update detail set version = 1"});
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(database.table("detail"),
+             QStringList({"3, 2, 'PT', 1, '通道 1', NULL", "4, 2, 'DD', 1, 'O''Neill', NULL"}));
+}
+
+void TestUpdateData::failsAndKeepsTheFile_data()
+{
+    QTest::addColumn<int>("stored");
+    QTest::addColumn<QStringList>("obstacles");
+    QTest::addColumn<QString>("failing"); // how the failing statement begins
+    QTest::addColumn<int>("step");
+
+    for (const QString name :
+         {"department", "sex", "treatmentRoom", "diagnosis", "doctor", "operator"}) {
+        QTest::addRow("1: %s_new exists", qUtf8Printable(name))
+            << 0 << QStringList{QString("create table %1_new(id)").arg(name)}
+            << QString("create table %1_new(").arg(name) << 8;
+        QTest::addRow("1: %s is missing", qUtf8Printable(name))
+            << 0 << QStringList{QString("drop table %1").arg(name)}
+            << QString("drop table %1").arg(name) << 8;
+        QTest::addRow("1: %s has a column more", qUtf8Printable(name))
+            << 0 << QStringList{QString("alter table %1 add extra text").arg(name)}
+            << QString("insert into %1_new (").arg(name) << 8;
+        QTest::addRow("1: %s_index is a table", qUtf8Printable(name))
+            << 0
+            << QStringList{QString("drop index if exists %1_index").arg(name),
+                           QString("create table %1_index(id)").arg(name)}
+            << QString("create index if not exists %1_index").arg(name) << 8;
+    }
+    QTest::newRow("1: detail exists")
+        << 0 << QStringList{"create table detail(id)"} << "create table detail(" << 8;
+    QTest::newRow("1: version exists without a version")
+        << 0 << QStringList{"create table version(version integer)"}
+        << "create table version(version integer)" << 8;
+    QTest::newRow("2: no trigger") << 1 << QStringList{"drop trigger on_delete_patient"}
+                                   << "drop trigger on_delete_patient" << 8;
+    QTest::newRow("2: patients are a view")
+        << 1
+        << QStringList{"alter table patient rename to person", "drop trigger on_delete_patient",
+                       "create view patient as select * from person",
+                       "create trigger on_delete_patient instead of delete on patient"
+                       " begin delete from person where id = old.id; end"}
+        << "create trigger on_delete_patient" << 8;
+    QTest::newRow("5: patient.memo exists")
+        << 4 << QStringList{"alter table patient add memo"} << "alter table patient add memo" << 8;
+    QTest::newRow("6: patient.printTime exists")
+        << 5 << QStringList{"alter table patient add printTime"}
+        << "alter table patient add printTime" << 8;
+    QTest::newRow("6: patient.outputTime exists")
+        << 5 << QStringList{"alter table patient add outputTime"}
+        << "alter table patient add outputTime" << 8;
+    QTest::newRow("7: doctor.department exists")
+        << 6 << QStringList{"alter table doctor add department"}
+        << "alter table doctor add department" << 8;
+    QTest::newRow("7: treatmentRoom.department exists")
+        << 6 << QStringList{"alter table treatmentRoom add department"}
+        << "alter table treatmentRoom add department" << 8;
+    QTest::newRow("8: patient.sampleTime exists")
+        << 7 << QStringList{"alter table patient add sampleTime"}
+        << "alter table patient add sampleTime" << 8;
+    QTest::newRow("8: patient.testTime exists")
+        << 7 << QStringList{"alter table patient add testTime"}
+        << "alter table patient add testTime" << 8;
+    QTest::newRow("8: patient.validateTime exists, from the start")
+        << 0 << QStringList{"alter table patient add validateTime"}
+        << "alter table patient add validateTime" << 8;
+    QTest::newRow("9: patients cannot be changed")
+        << 8
+        << QStringList{"create trigger keep before update on patient"
+                       " begin select raise(abort, 'kept'); end"}
+        << "update patient set time = iif(" << 9;
+    QTest::newRow("9: results cannot be changed")
+        << 8
+        << QStringList{"create trigger keep before update on results"
+                       " begin select raise(abort, 'kept'); end"}
+        << "update results set time = iif(" << 9;
+    QTest::newRow("10: patient.instrId exists")
+        << 9 << QStringList{"alter table patient add instrId"} << "alter table patient add instrId"
+        << 10;
+    QTest::newRow("11: results.deletedAt exists")
+        << 10 << QStringList{"alter table results add deletedAt"}
+        << "alter table results add deletedAt" << 11;
+    QTest::newRow("11: curve.deletedAt exists")
+        << 10 << QStringList{"alter table curve add deletedAt"}
+        << "alter table curve   add deletedAt" << 11;
+    QTest::newRow("11: detail.deletedAt exists, from version 8")
+        << 8 << QStringList{"alter table detail add deletedAt"}
+        << "alter table detail  add deletedAt" << 11;
+    QTest::newRow("12: sampleAssayRequest exists")
+        << 11 << QStringList{"create table sampleAssayRequest(id)"}
+        << "create table sampleAssayRequest(" << 12;
+}
+
+void TestUpdateData::failsAndKeepsTheFile()
+{
+    QFETCH(int, stored);
+    QFETCH(QStringList, obstacles);
+    QFETCH(QString, failing);
+    QFETCH(int, step);
+    const TestDatabase database("data.db");
+    makeAt(database, stored);
+    database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    const QStringList log = recorder.messages();
+    QCOMPARE(log.last(), QString("Debug: %1: FAIL").arg(QString("update_v%1()").arg(step), -12));
+    const QString &warning = log.at(log.size() - 2);
+    QVERIFY2(warning.startsWith("Warning: coagulation/vardo/updatedata.cpp ( line ):  \"")
+                 || warning.startsWith("Warning: coagulation/vardo/updatebase.cpp ( line ):  \""),
+             qUtf8Printable(warning));
+    QVERIFY2(warning.contains("[ \"" + failing), qUtf8Printable(warning));
+}
+
+void TestUpdateData::ignoresAndWarnsOnce_data()
+{
+    QTest::addColumn<int>("stored");
+    QTest::addColumn<QStringList>("obstacles");
+    QTest::addColumn<QStringList>("failing"); // how each failing statement begins, in order
+
+    // Not here, since no content makes them fail while the fatal statements pass: the creation of
+    // the trigger in block 3 (only a patient that is no table does, which block 5 does not pass).
+    QTest::newRow("1: patient.sampleType exists")
+        << 0 << QStringList{"alter table patient add sampleType text"}
+        << QStringList{"alter table patient add sampleType text"};
+    QTest::newRow("1: patient.hospitalNo exists")
+        << 0 << QStringList{"alter table patient add hospitalNo text"}
+        << QStringList{"alter table patient add hospitalNo text"};
+    QTest::newRow("3: results exists")
+        << 2 << changesTo(3).mid(0, 1) << QStringList{"create table results("};
+    QTest::newRow("3: results_index is a table")
+        << 2 << QStringList{"create table results_index(id)"}
+        << QStringList{"create index results_index on"};
+    QTest::newRow("3: results take no row")
+        << 2
+        << changesTo(3).mid(0, 1)
+            + QStringList{"create trigger keep before insert on results"
+                          " begin select raise(abort, 'kept'); end"}
+        << QStringList{"create table results(", "insert into results ("};
+    QTest::newRow("3: result has no unit")
+        << 2 << QStringList{"alter table result drop column unit"}
+        << QStringList{"insert into results ("};
+    QTest::newRow("3: checkedResult exists")
+        << 2 << changesTo(3).mid(3, 1) << QStringList{"create table checkedResult("};
+    QTest::newRow("3: checkedResult_index is a table")
+        << 2 << QStringList{"create table checkedResult_index(id)"}
+        << QStringList{"create index checkedResult_index on"};
+    QTest::newRow("3: checkedResult takes no row")
+        << 2
+        << changesTo(3).mid(3, 1)
+            + QStringList{"create trigger keep before insert on checkedResult"
+                          " begin select raise(abort, 'kept'); end"}
+        << QStringList{"create table checkedResult(", "insert into checkedResult("};
+    QTest::newRow("3: no result_index")
+        << 2 << QStringList{"drop index result_index"} << QStringList{"drop index result_index"};
+    QTest::newRow("3: result is a view") << 2
+                                         << QStringList{"alter table result rename to old",
+                                                        "create view result as select * from old"}
+                                         << QStringList{"drop table result"};
+    QTest::newRow("3: curve_new exists")
+        << 2 << changesTo(3).mid(7, 1) << QStringList{"create table curve_new("};
+    QTest::newRow("3: curves have no item")
+        << 2 << QStringList{"alter table curve drop column item"}
+        << QStringList{"insert into curve_new ("};
+    QTest::newRow("3: curve_new takes no row")
+        << 2
+        << changesTo(3).mid(7, 1)
+            + QStringList{"create trigger keep before insert on curve_new"
+                          " begin select raise(abort, 'kept'); end"}
+        << QStringList{"create table curve_new(", "insert into curve_new ("};
+    QTest::newRow("3: no curve") << 2 << QStringList{"drop table curve"}
+                                 << QStringList{"insert into curve_new (", "drop table curve"};
+    QTest::newRow("3: detail_new exists")
+        << 2 << changesTo(3).mid(11, 1) << QStringList{"create table detail_new("};
+    QTest::newRow("3: details have no info")
+        << 2 << QStringList{"alter table detail drop column info"}
+        << QStringList{"insert into detail_new ("};
+    QTest::newRow("3: no detail") << 2 << QStringList{"drop table detail"}
+                                  << QStringList{"insert into detail_new (", "drop table detail"};
+    QTest::newRow("3: no trigger") << 2 << QStringList{"drop trigger on_delete_patient"}
+                                   << QStringList{"drop trigger on_delete_patient"};
+    QTest::newRow("4: result is a table")
+        << 3 << QStringList{"create table result(id)"}
+        << QStringList{"drop view if exists result", "create view result"};
+    QTest::newRow("4: result is an index")
+        << 3 << QStringList{"create index result on patient(name)"}
+        << QStringList{"create view result"};
+    QTest::newRow("5: memo exists") << 4 << changesTo(5).mid(1, 1) << QStringList{"-- remarks"};
+    QTest::newRow("5: memo_index is a table") << 4 << QStringList{"create table memo_index(id)"}
+                                              << QStringList{"create index memo_index on"};
+}
+
+void TestUpdateData::ignoresAndWarnsOnce()
+{
+    QFETCH(int, stored);
+    QFETCH(QStringList, obstacles);
+    QFETCH(QStringList, failing);
+    const TestDatabase database("data.db");
+    makeAt(database, stored);
+    database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
+    QCOMPARE(database.table("version"), QStringList{"12"});
+    const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
+    QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
+    for (int i = 0; i < failing.size(); ++i) {
+        QVERIFY2(warnings.at(i).startsWith("Warning: coagulation/vardo/updatedata.cpp ( line ):  "),
+                 qUtf8Printable(warnings.at(i)));
+        QVERIFY2(warnings.at(i).contains("[ \"" + failing.at(i)), qUtf8Printable(warnings.at(i)));
+    }
+}
+
+void TestUpdateData::copiesLookupListsByColumnName()
+{
+    const TestDatabase database("data.db");
+    database.load("data_v0.sql");
+    database.execute({"drop table doctor", "create table doctor(name text, id integer primary key)",
+                      "insert into doctor values('李伟', 4)"});
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(database.table("doctor"), QStringList{"4, NULL, '李伟', NULL"});
+}
+
+void TestUpdateData::keepsAnOlderMemoTable()
+{
+    const TestDatabase database("data.db");
+    makeAt(database, 4);
+    database.execute({"create table memo(id integer primary key, abbr text, name text)",
+                      "insert into memo values(1, 'cx', '重新采血')"});
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(database.table("memo"), QStringList{"1, 'cx', '重新采血'"});
+}
+
+void TestUpdateData::makesEmptyTablesWithoutOldResults()
+{
+    const TestDatabase database("data.db");
+    database.load("data_v0.sql");
+    database.execute({"drop table result"});
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(recorder.messages().filter(QRegularExpression("^Warning: ")).size(), 4);
+    QCOMPARE(database.table("results"), QStringList());
+    QCOMPARE(database.table("checkedResult"), QStringList());
+    QCOMPARE(database.schema(), newSchema);
+}
+
+void TestUpdateData::findsAbbreviationsInAnyCase()
+{
+    const TestDatabase database("data.db");
+    database.load("data_v0.sql");
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(database.rows("select name from sex where abbr = 'f'"), QStringList{"'女'"});
+    QCOMPARE(database.rows("select name from diagnosis where abbr = 'FC'"), QStringList{"'房颤'"});
+}
+
+void TestUpdateData::cutsTimesAtTheirPoint()
+{
+    const TestDatabase database("data.db");
+    makeAt(database, 8);
+    database.execute(
+        {"update patient set time = '10:20:30.500', printTime = '10:20:31.500',"
+         " outputTime = '10:20:32.500', sampleTime = '10:20:33.500',"
+         " testTime = '2016-05-09T10:20:34.500', validateTime = '10:20:35.500', memo = 'a.b'"
+         " where id = 1",
+         "update patient set printTime = '10:20:31', outputTime = '' where id = 2",
+         "update results set time = '10:20:36.750' where id = 1",
+         "update results set time = '10:20:36' where id = 2",
+         "update results set time = '' where id = 3"});
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(database.rows("select time, printTime, outputTime, sampleTime, testTime, validateTime,"
+                           " memo from patient where id < 3"),
+             QStringList({"'10:20:30', '10:20:31', '10:20:32', '10:20:33', '2016-05-09T10:20:34',"
+                          " '10:20:35', 'a.b'",
+                          "'08:03:04', '10:20:31', '', NULL, NULL, NULL, NULL"}));
+    QCOMPARE(database.rows("select time from results where id < 5"),
+             QStringList({"'10:20:36'", "'10:20:36'", "''", "NULL"}));
+}
+
+void TestUpdateData::deletesAllOfAPatientAndNoMore()
+{
+    const TestDatabase database("data.db");
+    database.load("data_v0.sql");
+    QVERIFY(upgrade(database));
+    database.execute({"insert into detail(patientId, item) values(1, 'PT'), (2, 'PT')"});
+
+    database.execute({"delete from patient where id = 1"});
+
+    QCOMPARE(database.rows("select id from patient order by id"),
+             QStringList({"2", "3", "5", "8"}));
+    QCOMPARE(database.rows("select id from patientExtra order by id"), QStringList({"3", "4"}));
+    QCOMPARE(database.rows("select id from exam order by id"), QStringList({"3", "4", "5"}));
+    QCOMPARE(database.rows("select id from results order by id"),
+             QStringList({"4", "5", "6", "9", "12"}));
+    QCOMPARE(database.rows("select resultsId from checkedResult order by resultsId"),
+             QStringList({"4", "5", "6", "9", "12"}));
+    QCOMPARE(database.rows("select id from curve order by id"), QStringList({"3", "4", "7", "8"}));
+    QCOMPARE(database.rows("select patientId from detail"), QStringList{"2"});
+}
+
+void TestUpdateData::showsTheOldResultsThroughTheView()
+{
+    const TestDatabase database("data.db");
+    database.load("data_v0.sql");
+    const QString query = "select id, patientId, item, subitem, abbr, code, result, unit, flag,"
+                          " displayOrder, lowerMarkLimit, upperMarkLimit from result order by id";
+    const QStringList before = database.rows(query);
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(before.size(), 8);
+    QCOMPARE(database.rows(query), before);
+}
+
+void TestUpdateData::storesRequestsAsNotFinished()
+{
+    const TestDatabase database("data.db");
+    database.load("data_v0.sql");
+    QVERIFY(upgrade(database));
+
+    database.execute({"insert into sampleAssayRequest(barcode, testItems) values('69', 'PT')"});
+
+    QCOMPARE(database.table("sampleAssayRequest"), QStringList{"'69', 'PT', NULL, 0, NULL"});
+}
+
+void TestUpdateData::changesNothingInASecondRun()
+{
+    const TestDatabase database("data.db");
+    database.load("data_v0.sql");
+    QVERIFY(upgrade(database));
+    const QStringList before = database.content();
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(database.content(), before);
+}
+
+QTEST_GUILESS_MAIN(TestUpdateData)
+#include "tst_updatedata.moc"
