@@ -1,0 +1,137 @@
+#include "coagulation/zucore/standardcurve.h"
+
+#include "coagulation/zucore/curvefit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace coagulation {
+
+namespace {
+
+constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
+
+bool isKnown(zu::Function function)
+{
+    return function == zu::Function::Linear || function == zu::Function::Log;
+}
+
+bool isKnown(zu::RegressionMethod method)
+{
+    return method >= zu::RegressionMethod::Linear && method <= zu::RegressionMethod::Logistic5;
+}
+
+bool isLogistic(zu::RegressionMethod method)
+{
+    return method == zu::RegressionMethod::Logistic4 || method == zu::RegressionMethod::Logistic5;
+}
+
+double apply(zu::Function function, double value)
+{
+    if (function == zu::Function::Linear)
+        return value;
+    return value > 0.0 ? std::log10(value) : undefined;
+}
+
+double invert(zu::Function function, double value)
+{
+    return function == zu::Function::Linear ? value : std::pow(10.0, value);
+}
+
+/// \return x as the curve takes it
+double transformX(zu::RegressionMethod method, zu::Function function, double x)
+{
+    if (!isLogistic(method))
+        return apply(function, x);
+    const bool defined = function == zu::Function::Log ? x > 0.0 : x >= 0.0;
+    return defined ? x : undefined;
+}
+
+curvefit::Fit fit(zu::RegressionMethod method, const std::vector<double> &x,
+                  const std::vector<double> &y)
+{
+    if (method == zu::RegressionMethod::Logistic4)
+        return curvefit::fitLogistic4(x, y);
+    if (method == zu::RegressionMethod::Logistic5)
+        return curvefit::fitLogistic5(x, y);
+    return curvefit::fitPolynomial(x, y, static_cast<int>(method) + 1);
+}
+
+/// A calibration that is not monotonic cannot be read back. Every logistic curve is.
+bool isMonotonic(zu::RegressionMethod method, const curvefit::Fit &fit,
+                 const std::vector<double> &x)
+{
+    const auto [lowest, highest] = std::minmax_element(x.begin(), x.end());
+    return isLogistic(method) || curvefit::isMonotonic(fit.coefficients, *lowest, *highest);
+}
+
+} // namespace
+
+StandardCurve::StandardCurve(Workbench *, QObject *parent)
+    : QObject(parent)
+{
+}
+
+int StandardCurve::coefficientCount() const
+{
+    switch (m_method) {
+    case zu::RegressionMethod::Linear:
+        return 2;
+    case zu::RegressionMethod::Quadratic:
+        return 3;
+    case zu::RegressionMethod::Cubic:
+    case zu::RegressionMethod::Logistic4:
+        return 4;
+    case zu::RegressionMethod::Quartic:
+    case zu::RegressionMethod::Logistic5:
+        return 5;
+    }
+    return 5;
+}
+
+void StandardCurve::update()
+{
+    m_valid = false;
+    if (!isKnown(m_method) || !isKnown(m_xFun) || !isKnown(m_yFun))
+        return;
+
+    std::vector<double> x;
+    std::vector<double> y;
+    std::vector<qsizetype> used;
+    for (qsizetype i = 0; i < m_points.size(); ++i) {
+        const double pointX = transformX(m_method, m_xFun, m_points.at(i).x);
+        const double pointY = apply(m_yFun, m_points.at(i).y);
+        if (std::isfinite(pointX) && std::isfinite(pointY)) {
+            x.push_back(pointX);
+            y.push_back(pointY);
+            used.push_back(i);
+        }
+    }
+    const curvefit::Fit fitted = fit(m_method, x, y);
+    if (!fitted.converged || !std::isfinite(fitted.correlation)
+        || !isMonotonic(m_method, fitted, x))
+        return;
+    std::vector<double> z;
+    for (const double value : fitted.fitted)
+        z.push_back(invert(m_yFun, value));
+    if (!std::all_of(z.begin(), z.end(), [](double value) { return std::isfinite(value); }))
+        return;
+
+    const std::vector<bool> outliers = curvefit::findOutliers(fitted, y);
+    for (StdPoint &point : m_points)
+        point.flags = (point.flags & ~StdPoint::Outlier) | StdPoint::Excluded;
+    for (std::size_t i = 0; i < used.size(); ++i) {
+        StdPoint &point = m_points[used[i]];
+        point.z = z[i];
+        point.flags &= ~StdPoint::Excluded;
+        if (outliers[i])
+            point.flags |= StdPoint::Outlier;
+    }
+    m_coefficients = QList<double>(fitted.coefficients.begin(), fitted.coefficients.end());
+    m_correlation = fitted.correlation;
+    m_valid = true;
+}
+
+} // namespace coagulation
