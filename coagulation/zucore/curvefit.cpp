@@ -44,6 +44,8 @@ double range(const VectorXd &values)
 
 double multipleCorrelation(const VectorXd &y, double residualSum)
 {
+    if (range(y) == 0.0)
+        return std::numeric_limits<double>::quiet_NaN();
     const double totalSum = (y.array() - y.mean()).square().sum();
     return std::sqrt(std::max(0.0, 1.0 - residualSum / totalSum));
 }
