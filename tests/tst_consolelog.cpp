@@ -27,6 +27,8 @@ private slots:
     void leavesMessagesOnStandardErrorWithoutALog_data();
     void leavesMessagesOnStandardErrorWithoutALog();
     void survivesALogThatCannotBeWritten();
+    void abortsOnAFatalMessageOnly_data();
+    void abortsOnAFatalMessageOnly();
 
 private:
     QByteArray read(const QString &fileName) const;
@@ -196,6 +198,27 @@ void TestConsoleLog::survivesALogThatCannotBeWritten()
 
     QCOMPARE(process->exitStatus(), QProcess::NormalExit);
     QCOMPARE(process->exitCode(), 0);
+}
+
+void TestConsoleLog::abortsOnAFatalMessageOnly_data()
+{
+    QTest::addColumn<QString>("fileName");
+
+    QTest::newRow("log file") << "log.txt";
+    QTest::newRow("standard error") << "";
+}
+
+void TestConsoleLog::abortsOnAFatalMessageOnly()
+{
+    QFETCH(QString, fileName);
+    qputenv("QT_FATAL_WARNINGS", "1");
+    qputenv("QT_FATAL_CRITICALS", "1");
+
+    const auto process = send({fileName, "warning", "critical", "debug"});
+
+    qunsetenv("QT_FATAL_WARNINGS");
+    qunsetenv("QT_FATAL_CRITICALS");
+    QCOMPARE(process->exitStatus(), QProcess::NormalExit);
 }
 
 QTEST_GUILESS_MAIN(TestConsoleLog)

@@ -178,7 +178,7 @@ private:
 
         const Values u = {-first / (last - first), 1.0 / (last - first)};
         const double sign = uniform(0.0, 1.0) < 0.5 ? -1.0 : 1.0;
-        coefficients.assign(static_cast<std::size_t>(degree + 1), 0.0);
+        coefficients.assign(inU.size(), 0.0);
         Values power = {1.0};
         for (const double coefficient : inU) {
             for (std::size_t i = 0; i < power.size(); ++i)

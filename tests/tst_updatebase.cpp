@@ -335,7 +335,6 @@ void TestUpdateBase::preparesTheConnection()
     const ToyUpdater updater(database.path());
 
     QCOMPARE(onDefaultConnection("pragma legacy_alter_table"), QVariant(1));
-    QCOMPARE(onDefaultConnection("pragma foreign_keys"), QVariant(0));
 }
 
 void TestUpdateBase::preparesAConnectionThatRunOpens()

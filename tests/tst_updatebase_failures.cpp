@@ -37,6 +37,19 @@ int denyRollback(void *, int action, const char *what, const char *, const char 
     return action == SQLITE_TRANSACTION && qstrcmp(what, "ROLLBACK") == 0 ? SQLITE_DENY : SQLITE_OK;
 }
 
+/// \return the statements that were traced, as they are written
+QStringList &statements()
+{
+    static QStringList statements;
+    return statements;
+}
+
+int trace(unsigned, void *, void *statement, void *)
+{
+    statements() << sqlite3_sql(static_cast<sqlite3_stmt *>(statement));
+    return 0;
+}
+
 const QStringList patients{
     "create table version(version integer)",
     "insert into version values(0)",
@@ -60,6 +73,8 @@ const QStringList manyPatients{
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::function<bool(StepUpdater &)>)
+
 class TestFailures : public QObject {
     Q_OBJECT
 
@@ -70,7 +85,11 @@ private slots:
     void environmentFailureEndsTheRun();
     void contentFailureIsTheStepsToJudge_data();
     void contentFailureIsTheStepsToJudge();
+    void everyOperationMeetsTheEnvironment_data();
+    void everyOperationMeetsTheEnvironment();
     void everyOperationIsSilentAfterwards();
+    void noStatementRunsAfterwards_data();
+    void noStatementRunsAfterwards();
     void nothingReachesTheFileAfterwards();
     void laterStepsDoNotRun();
     void aTransactionThatSqliteGaveUpEndsTheRun();
@@ -80,6 +99,8 @@ private slots:
     void outsideARunNothingIsAbandoned();
     void failingVersionWriteEndsTheRun();
     void failingSecondVersionReadEndsTheRun();
+    void aCommitThatLosesTheTransactionIsNotRolledBack();
+    void preparesTheConnectionBeforeItReads();
     void failingRollbackIsReported();
     void failingRollbackOfAnAbandonedRunIsReported();
     void aFullDatabaseEndsTheRun();
@@ -189,6 +210,145 @@ void TestFailures::contentFailureIsTheStepsToJudge()
     QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
     QCOMPARE(database.table("patient"), QStringList({"1, 'changed'", "2, 'late'"}));
     QCOMPARE(database.table("version"), QStringList{"1"});
+}
+
+using Step = std::function<bool(StepUpdater &)>;
+
+void TestFailures::everyOperationMeetsTheEnvironment_data()
+{
+    QTest::addColumn<Step>("step");
+    QTest::addColumn<QString>("statement"); // how the failing one begins
+
+    const auto keep = [](QSqlRecord &) {};
+    QTest::newRow("exec") << Step([](StepUpdater &step) {
+        return step.exec(SOURCE_LINE, "update patient set name = fail(:code)", {{":code", 13}});
+    }) << "update patient set name = fail(:code)";
+    QTest::newRow("execAll") << Step([](StepUpdater &step) {
+        return step.execAll({SQL("select fail(13)")});
+    }) << "select fail(13)";
+    QTest::newRow("copyTable's reading")
+        << Step([](StepUpdater &step) { return step.copyTable("broken", "target"); })
+        << "select * from broken";
+    QTest::newRow("copyTable's reading, adjusted") << Step([keep](StepUpdater &step) {
+        return step.copyTable("broken", "target", {}, {}, keep);
+    }) << "select * from broken";
+    QTest::newRow("copyTable's reading of a later row, adjusted") << Step(
+        [keep](StepUpdater &step) { return step.copyTable("breaking", "target", {}, {}, keep); })
+                                                                  << "select * from breaking";
+    QTest::newRow("copyTable's insert")
+        << Step([](StepUpdater &step) { return step.copyTable("patient", "broken_target"); })
+        << "insert into broken_target (";
+    QTest::newRow("copyTable's insert, adjusted") << Step([keep](StepUpdater &step) {
+        return step.copyTable("patient", "broken_target", {}, {}, keep);
+    }) << "INSERT INTO \\\"broken_target\\\" (";
+    QTest::newRow("rebuildTable's copy")
+        << Step([](StepUpdater &step) { return step.rebuildTable("broken_target", "patient"); })
+        << "insert into broken_target (";
+    QTest::newRow("removeDecimals")
+        << Step([](StepUpdater &step) { return step.removeDecimals("broken_target", {"name"}); })
+        << "update broken_target set name = iif(";
+    QTest::newRow("updateOrInsert's update") << Step([](StepUpdater &step) {
+        return step.updateOrInsert("update patient set name = fail(13)", "select 1", SOURCE_LINE);
+    }) << "update patient set name = fail(13)";
+    QTest::newRow("updateOrInsert's insert") << Step([](StepUpdater &step) {
+        return step.updateOrInsert("update patient set name = 1 where id = 99",
+                                   "insert into patient values(9, fail(13))", SOURCE_LINE);
+    }) << "insert into patient values(9, fail(13))";
+    QTest::newRow("setVersion's insert") << Step([](StepUpdater &step) {
+        return step.exec(SOURCE_LINE,
+                         "create temp trigger broken before insert on main.version"
+                         " begin select fail(13); end")
+            && step.setVersion(7);
+    }) << "insert into version values(7)";
+    QTest::newRow("readRows") << Step([](StepUpdater &step) {
+        QSqlQuery query;
+        query.setForwardOnly(true);
+        return query.exec("select name from breaking")
+            && step.readRows(query, SOURCE_LINE, [] { return true; });
+    }) << "select name from breaking";
+}
+
+void TestFailures::everyOperationMeetsTheEnvironment()
+{
+    QFETCH(Step, step);
+    QFETCH(QString, statement);
+    const TestDatabase database;
+    database.execute(patients
+                     + QStringList{"create table target(id, name)",
+                                   "create table broken_target(id, name)",
+                                   "insert into broken_target values(1, '1.5')"});
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &operations) {
+        operations.tryAll({SQL("update patient set name = 'changed' where id = 1")});
+        (void)step(operations);
+        return true;
+    });
+    addFail();
+    QVERIFY(QSqlQuery().exec("create temp view broken as select fail(13) as name"));
+    QVERIFY(QSqlQuery().exec("create temp view breaking as"
+                             " select id, iif(id = 2, fail(13), 'x') as name from main.patient"));
+    for (const char *event : {"insert", "update"})
+        QVERIFY(QSqlQuery().exec(QString("create temp trigger broken_%1 before %1"
+                                         " on main.broken_target begin select fail(13); end")
+                                     .arg(event)));
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    const QStringList log = recorder.messages();
+    QCOMPARE(log.size(), 3);
+    QVERIFY2(
+        log.at(1).contains("\"database or disk is full Unable to fetch row\" : [ \"" + statement),
+        qUtf8Printable(log.at(1)));
+    QCOMPARE(log.at(2), QString("Debug: update_v1() : FAIL"));
+}
+
+void TestFailures::noStatementRunsAfterwards_data()
+{
+    QTest::addColumn<Step>("step");
+
+    const auto fail = [](StepUpdater &step) { return step.exec(SOURCE_LINE, "select fail(10)"); };
+    QTest::newRow("operation after operation") << Step([fail](StepUpdater &step) {
+        (void)fail(step);
+        step.tryAll({SQL("select 'late'")});
+        (void)step.copyTable("patient", "late");
+        (void)step.removeDecimals("patient", {"name"});
+        (void)step.updateOrInsert("select 'late'", "select 'late'", SOURCE_LINE);
+        return step.setVersion(3);
+    });
+    QTest::newRow("within adjust") << Step([fail](StepUpdater &step) {
+        return step.copyTable("patient", "target", {}, {}, [&](QSqlRecord &) { (void)fail(step); });
+    });
+    QTest::newRow("within readRows") << Step([fail](StepUpdater &step) {
+        QSqlQuery query("select id from patient");
+        return step.readRows(query, SOURCE_LINE, [&] {
+            (void)fail(step);
+            step.tryAll({SQL("select 'late'")});
+            return true;
+        });
+    });
+}
+
+void TestFailures::noStatementRunsAfterwards()
+{
+    QFETCH(Step, step);
+    const TestDatabase database;
+    database.execute(patients + QStringList{"create table target(id, name)"});
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), step);
+    addFail();
+    statements().clear();
+    sqlite3_trace_v2(handle(), SQLITE_TRACE_STMT, trace, nullptr);
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    const QStringList ran = statements();
+    QVERIFY(ran.contains("select fail(10)"));
+    QCOMPARE(ran.mid(ran.indexOf("select fail(10)") + 1),
+             QStringList({"begin", "ROLLBACK", "pragma query_only=on"}));
 }
 
 void TestFailures::everyOperationIsSilentAfterwards()
@@ -431,6 +591,55 @@ void TestFailures::failingSecondVersionReadEndsTheRun()
                          "[ \"select version from version order by version desc\" ]"});
     QCOMPARE(database.content(), before);
     QVERIFY(QSqlQuery().exec("begin")); // no transaction is left
+}
+
+void TestFailures::aCommitThatLosesTheTransactionIsNotRolledBack()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &step) {
+        return step.exec(SOURCE_LINE, "delete from patient");
+    });
+    sqlite3_commit_hook(
+        handle(), [](void *) { return 1; }, nullptr); // makes it a rollback
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    QCOMPARE(recorder.messages().mid(2),
+             QStringList({"Debug: Updated version to 1",
+                          "Warning: Failed to commit:"
+                          " \"constraint failed Unable to commit transaction\""}));
+}
+
+void TestFailures::preparesTheConnectionBeforeItReads()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    statements().clear();
+    // As a build of SQLite whose default is to check foreign keys.
+    const auto open = [](sqlite3 *opened, char **, const sqlite3_api_routines *) {
+        sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
+        return sqlite3_trace_v2(opened, SQLITE_TRACE_STMT, trace, nullptr);
+    };
+    const auto extension = reinterpret_cast<void (*)()>(+open); // NOLINT: SQLite's own idiom
+    sqlite3_auto_extension(extension);
+
+    const StepUpdater updater(database.path(), [](StepUpdater &) { return true; });
+
+    sqlite3_cancel_auto_extension(extension);
+    const QStringList ran = statements(); // Qt's driver sets its own before
+    QCOMPARE(ran.mid(ran.size() - 3),
+             QStringList({"pragma legacy_alter_table=on", "pragma foreign_keys=off",
+                          "select version from version order by version desc"}));
+    QVERIFY2(!ran.mid(0, ran.size() - 3).join(' ').contains("select", Qt::CaseInsensitive),
+             qUtf8Printable(ran.join('\n')));
+    QSqlQuery foreignKeys("pragma foreign_keys");
+    QVERIFY(foreignKeys.next());
+    QCOMPARE(foreignKeys.value(0).toInt(), 0);
 }
 
 void TestFailures::failingRollbackIsReported()

@@ -101,11 +101,17 @@ private slots:
     void copyTableAdjustsEachRow();
     void copyTableAdjustMayChangeTheColumns();
     void copyTableAdjustSeesDefaultsButNoExcludedColumn();
+    void copyTableAdjustMayLeaveOutAColumn();
+    void copyTableTakesTheLastOfTwoDefaults_data();
+    void copyTableTakesTheLastOfTwoDefaults();
+    void copyTableBindsANullByteArrayAsNull_data();
+    void copyTableBindsANullByteArrayAsNull();
     void copyTableFollowsTheTargetsConflictClause();
 
     void rebuildTableReplacesTheLayout();
     void rebuildTableFailsWithoutTheOldTable();
     void rebuildTableFailsWhenARowDoesNotFit();
+    void rebuildTableFailsWhenTheNewNameIsMissing();
     void renameTableRenames();
     void renameTableFailsOnAMissingTable();
 
@@ -114,6 +120,7 @@ private slots:
     void removeDecimalsCutsSeveralColumnsInOneStatement();
     void removeDecimalsFailsOnAMissingColumn();
 
+    void updateOrInsertUpdates_data();
     void updateOrInsertUpdates();
     void updateOrInsertInsertsWhenNothingMatches();
     void updateOrInsertFailsWithTheCallersLine_data();
@@ -492,13 +499,16 @@ void TestOperations::copyTableGivesAnExcludedColumnItsDefault()
 
 void TestOperations::copyTableKeepsTheOrderOfTheTable()
 {
+    // SQLite would rather read the small index than the table
     const TestDatabase database;
-    database.execute({versionTable, "create table source(a, b)",
-                      "insert into source values(3, 'c'), (1, 'a'), (2, 'b')",
+    database.execute({versionTable, "create table source(a, b, padding)",
+                      "insert into source values(3, 'c', zeroblob(500)), (1, 'a', zeroblob(500)),"
+                      " (2, 'b', zeroblob(500))",
                       "create index covering on source(a, b)", "create table target(a, b)"});
 
-    const Outcome outcome =
-        runStep(database, [](StepUpdater &step) { return step.copyTable("source", "target"); });
+    const Outcome outcome = runStep(database, [](StepUpdater &step) {
+        return step.copyTable("source", "target", {}, {"padding"});
+    });
 
     QVERIFY(outcome.result);
     QCOMPARE(database.rows("select rowid, * from target order by rowid"),
@@ -543,10 +553,10 @@ void TestOperations::copyTableQuotesColumnNames()
 
 void TestOperations::copyTableFailsAtAColumnThatIsOnlyAText()
 {
-    // The driver cuts a column's name at its last point; "b" alone would be copied as the text 'b'.
+    // The driver drops quotes from a column's name; "ab" alone would be copied as the text 'ab'.
     const TestDatabase database;
-    database.execute({versionTable, "create table source(\"a.b\")",
-                      "insert into source values('value')", "create table target(b)"});
+    database.execute({versionTable, "create table source(\"a\"\"b\")",
+                      "insert into source values('value')", "create table target(ab)"});
 
     const Outcome outcome =
         runStep(database, [](StepUpdater &step) { return step.copyTable("source", "target"); });
@@ -638,6 +648,62 @@ void TestOperations::copyTableAdjustSeesDefaultsButNoExcludedColumn()
     QCOMPARE(seen, QStringList({"id=1", "level=5"}));
 }
 
+void TestOperations::copyTableAdjustMayLeaveOutAColumn()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table source(id, name, level)",
+                      "insert into source values(1, 'PT', 5)",
+                      "create table target(id, name default 'none', level)"});
+
+    const Outcome outcome = runStep(database, [](StepUpdater &step) {
+        return step.copyTable("source", "target", {}, {},
+                              [](QSqlRecord &row) { row.setGenerated("name", false); });
+    });
+
+    QVERIFY(outcome.result);
+    QCOMPARE(database.table("target"), QStringList{"1, 'none', 5"});
+}
+
+void TestOperations::copyTableTakesTheLastOfTwoDefaults_data()
+{
+    addWays();
+}
+
+void TestOperations::copyTableTakesTheLastOfTwoDefaults()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table source(id)", "insert into source values(1)",
+                      "create table target(id, level)"});
+
+    const Outcome outcome = runStep(database, [](StepUpdater &step) {
+        return step.copyTable("source", "target", record({{"level", 1}, {"LEVEL", 2}}), {},
+                              adjustOfWay());
+    });
+
+    QVERIFY(outcome.result);
+    QCOMPARE(database.table("target"), QStringList{"1, 2"});
+}
+
+void TestOperations::copyTableBindsANullByteArrayAsNull_data()
+{
+    addWays();
+}
+
+void TestOperations::copyTableBindsANullByteArrayAsNull()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table source(id)", "insert into source values(1)",
+                      "create table target(id, curve)"});
+
+    const Outcome outcome = runStep(database, [](StepUpdater &step) {
+        return step.copyTable("source", "target", record({{"curve", QByteArray()}}), {},
+                              adjustOfWay());
+    });
+
+    QVERIFY(outcome.result);
+    QCOMPARE(database.table("target"), QStringList{"1, NULL"});
+}
+
 void TestOperations::copyTableFollowsTheTargetsConflictClause()
 {
     const TestDatabase database;
@@ -704,6 +770,21 @@ void TestOperations::rebuildTableFailsWhenARowDoesNotFit()
     QVERIFY(!outcome.result);
     QCOMPARE(outcome.log.size(), 1);
     QCOMPARE(database.table("doctor"), QStringList{"1, 'Dr'"});
+}
+
+void TestOperations::rebuildTableFailsWhenTheNewNameIsMissing()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table doctor(id)"}); // empty: nothing to copy
+
+    const Outcome outcome = runStep(
+        database, [](StepUpdater &step) { return step.rebuildTable("doctor_new", "doctor"); });
+
+    QVERIFY(!outcome.result);
+    QCOMPARE(outcome.log,
+             QStringList{"Warning: coagulation/vardo/updatebase.cpp ( line ):  "
+                         "\"no such table: doctor_new Unable to execute statement\" : "
+                         "[ \"alter table doctor_new rename to doctor\" ]"});
 }
 
 void TestOperations::renameTableRenames()
@@ -814,11 +895,24 @@ void TestOperations::removeDecimalsFailsOnAMissingColumn()
                          " substr(printTime, 1, instr(printTime, '.')-1), printTime)\" ]"});
 }
 
+void TestOperations::updateOrInsertUpdates_data()
+{
+    QTest::addColumn<QString>("old");
+    QTest::addColumn<QStringList>("updated");
+
+    QTest::newRow("one row") << "('a', 'old')" << QStringList{"'a', 'new'"};
+    QTest::newRow("two rows") << "('a', 'old'), ('a', 'older')"
+                              << QStringList{"'a', 'new'", "'a', 'new'"};
+    QTest::newRow("a row that holds the value") << "('a', 'new')" << QStringList{"'a', 'new'"};
+}
+
 void TestOperations::updateOrInsertUpdates()
 {
+    QFETCH(QString, old);
+    QFETCH(QStringList, updated);
     const TestDatabase database;
-    database.execute({versionTable, "create table profile(name, value)",
-                      "insert into profile values('a', 'old'), ('a', 'older')"});
+    database.execute(
+        {versionTable, "create table profile(name, value)", "insert into profile values" + old});
 
     const Outcome outcome = runStep(database, [](StepUpdater &step) {
         return step.updateOrInsert("update profile set value='new' where name='a'",
@@ -826,7 +920,7 @@ void TestOperations::updateOrInsertUpdates()
     });
 
     QVERIFY(outcome.result);
-    QCOMPARE(database.table("profile"), QStringList({"'a', 'new'", "'a', 'new'"}));
+    QCOMPARE(database.table("profile"), updated);
 }
 
 void TestOperations::updateOrInsertInsertsWhenNothingMatches()

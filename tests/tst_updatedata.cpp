@@ -336,8 +336,8 @@ void TestUpdateData::failsAndKeepsTheFile_data()
     QTest::addColumn<QString>("failing"); // how the failing statement begins
     QTest::addColumn<int>("step");
 
-    for (const QString name :
-         {"department", "sex", "treatmentRoom", "diagnosis", "doctor", "operator"}) {
+    for (const QString &name :
+         QStringList{"department", "sex", "treatmentRoom", "diagnosis", "doctor", "operator"}) {
         QTest::addRow("1: %s_new exists", qUtf8Printable(name))
             << 0 << QStringList{QString("create table %1_new(id)").arg(name)}
             << QString("create table %1_new(").arg(name) << 8;

@@ -3,8 +3,11 @@
 #include "testdatabase.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -24,7 +27,7 @@ options
 )";
 
 struct Result {
-    int exitCode;
+    int exitCode = -1;
     QByteArray output;
     QByteArray errors;
 };
@@ -50,6 +53,7 @@ private slots:
     void reportsAnUpgrade();
     void stopsAtTheFirstFailure();
     void keepsTheDatabasesBeforeTheFailure();
+    void waitsFiveSecondsForALock();
     void closesTheDatabases();
     void doesNotTakeAPrefixForAUri();
     void logsTheSameInEveryEnvironment_data();
@@ -311,16 +315,50 @@ void TestVardo::stopsAtTheFirstFailure()
 
 void TestVardo::keepsTheDatabasesBeforeTheFailure()
 {
-    executeOn(path("a_syslog.db"), {"create table assay(time text)"});
-    executeOn(path("b_syslog.db"), {"create table no_assay(time text)"});
+    const TestDatabase data("data.db");
+    data.load("data_v0.sql");
+    QVERIFY(QFile::copy(data.path(), path("data.db")));
+    executeOn(path("qc.db"), {"create table no_reagent(id)"});
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+    const QStringList qc = databaseContent(path("qc.db"));
+    const QByteArray syslog = read("syslog.db");
 
-    const int first = run({"-p", "a_"}).exitCode;
-    const int second = run({"-p", "b_", "log.txt"}).exitCode;
+    const Result result = run({"log.txt"});
 
-    QCOMPARE(first, 0);
-    QCOMPARE(second, 1);
-    QCOMPARE(databaseRows(path("a_syslog.db"), "select * from version"), QStringList{"4"});
-    QVERIFY(read("log.txt").endsWith("Debug: update_v3() : FAIL ((null):0, (null))\n"));
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(databaseRows(path("data.db"), "select * from version"), QStringList{"12"});
+    QCOMPARE(databaseContent(path("qc.db")), qc);
+    QCOMPARE(read("syslog.db"), syslog);
+    QVERIFY(read("log.txt").endsWith("Debug: update_v1() : FAIL ((null):0, (null))\n"));
+}
+
+void TestVardo::waitsFiveSecondsForALock()
+{
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+    const QByteArray before = read("syslog.db");
+    Result result;
+    qint64 waited = 0;
+    {
+        QSqlDatabase other = QSqlDatabase::addDatabase("QSQLITE", "other");
+        other.setDatabaseName(path("syslog.db"));
+        QVERIFY(other.open());
+        QVERIFY(QSqlQuery(other).exec("begin immediate"));
+        QElapsedTimer timer;
+        timer.start();
+
+        result = run({});
+
+        waited = timer.elapsed();
+    }
+    QSqlDatabase::removeDatabase("other");
+
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(waited >= 4500, qPrintable(QString::number(waited)));
+    QVERIFY2(result.errors.endsWith("Updating " + path("syslog.db").toUtf8()
+                                    + "\nFailed to start transaction: "
+                                      "\"database is locked Unable to fetch row\"\n"),
+             result.errors.constData());
+    QCOMPARE(read("syslog.db"), before);
 }
 
 void TestVardo::closesTheDatabases()

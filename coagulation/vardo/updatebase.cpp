@@ -114,12 +114,18 @@ void setDefaults(QSqlRecord &row, const QSqlRecord &defaults)
     }
 }
 
-/// An empty blob is read from the database as a null byte array, which would be bound as null.
-QVariant keepingEmptyBlob(const QVariant &value)
+/// \return the row that the query is on. The driver reads an empty blob as a null byte array, which it
+///         would write as null.
+QSqlRecord currentRow(const QSqlQuery &query)
 {
-    const bool isEmptyBlob =
-        value.typeId() == QMetaType::QByteArray && !value.isNull() && value.toByteArray().isNull();
-    return isEmptyBlob ? QVariant(QByteArray("")) : value;
+    QSqlRecord row = query.record();
+    for (int i = 0; i < row.count(); ++i) {
+        const QVariant value = row.value(i);
+        if (value.typeId() == QMetaType::QByteArray && !value.isNull()
+            && value.toByteArray().isNull())
+            row.setValue(i, QByteArray(""));
+    }
+    return row;
 }
 
 /// \param insert used for all rows of a table, since preparing costs more than inserting
@@ -131,7 +137,7 @@ bool insertRow(QSqlQuery &insert, const QString &table, const QSqlRecord &row)
         return false;
     for (int i = 0; i < row.count(); ++i) {
         if (row.isGenerated(i)) // the others are not in the statement
-            insert.addBindValue(keepingEmptyBlob(row.value(i)));
+            insert.addBindValue(row.value(i));
     }
     return insert.exec();
 }
@@ -371,7 +377,7 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
         columns << connection().driver()->escapeIdentifier(name, QSqlDriver::FieldName);
         if (defaults.contains(name)) {
             values << "?";
-            bound << defaults.value(name);
+            bound << row.value(i);
         } else {
             // qualified, since a quoted name alone that is no column would be taken for a text
             values << from + '.' + columns.constLast();
@@ -399,9 +405,11 @@ bool UpdateBase::copyAdjustedRows(QSqlQuery &rows, const QString &to, const QSql
 {
     QSqlQuery insert;
     return readRows(rows, SOURCE_LINE, [&] {
-        QSqlRecord row = withoutColumns(rows.record(), excluded);
+        QSqlRecord row = withoutColumns(currentRow(rows), excluded);
         setDefaults(row, defaults);
         adjust(row);
+        if (isAbandoned())
+            return false;
         const bool inserted = insertRow(insert, to, row);
         if (!inserted)
             logSqlError(insert, SOURCE_LINE);
