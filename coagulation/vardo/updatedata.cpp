@@ -23,7 +23,7 @@ bool UpdateData::update_v8()
         return false;
     if (version < 7 && !addDepartments())
         return false;
-    return addSampleTimes();
+    return version >= 8 || addSampleTimes();
 }
 
 bool UpdateData::rebuildLookupLists()
