@@ -240,7 +240,7 @@ void TestFailures::everyOperationMeetsTheEnvironment_data()
         << "insert into broken_target (";
     QTest::newRow("copyTable's insert, adjusted") << Step([keep](StepUpdater &step) {
         return step.copyTable("patient", "broken_target", {}, {}, keep);
-    }) << "INSERT INTO \\\"broken_target\\\" (";
+    }) << R"(INSERT INTO \"broken_target\" ()";
     QTest::newRow("rebuildTable's copy")
         << Step([](StepUpdater &step) { return step.rebuildTable("broken_target", "patient"); })
         << "insert into broken_target (";

@@ -555,7 +555,7 @@ void TestOperations::copyTableFailsAtAColumnThatIsOnlyAText()
 {
     // The driver drops quotes from a column's name; "ab" alone would be copied as the text 'ab'.
     const TestDatabase database;
-    database.execute({versionTable, "create table source(\"a\"\"b\")",
+    database.execute({versionTable, R"(create table source("a""b"))",
                       "insert into source values('value')", "create table target(ab)"});
 
     const Outcome outcome =
