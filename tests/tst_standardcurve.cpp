@@ -401,9 +401,9 @@ void TestStandardCurve::givesAnExactCurveBack()
         QVERIFY2(curve.isValid(), qPrintable(QString::number(i)));
         const Eigen::MatrixXd jacobian = truth.jacobian();
         const Eigen::VectorXd lengths = jacobian.colwise().norm();
-        const Eigen::VectorXd singular =
-            (jacobian * lengths.cwiseInverse().asDiagonal()).eval().jacobiSvd().singularValues();
-        const double condition = singular[0] / singular[singular.size() - 1];
+        const Eigen::MatrixXd scaled = jacobian * lengths.cwiseInverse().asDiagonal();
+        const Eigen::VectorXd singularValues = scaled.jacobiSvd().singularValues();
+        const double condition = singularValues.maxCoeff() / singularValues.minCoeff();
         const Eigen::VectorXd onAxis = truth.onAxis();
         double squaredError = 0.0;
         for (std::size_t k = 0; k < truth.coefficients.size(); ++k) {
