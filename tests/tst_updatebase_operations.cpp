@@ -133,6 +133,7 @@ private slots:
     void readRowsVisitsEveryRow();
     void readRowsStopsWhenTheCallerDoes();
     void readRowsReportsAnUnreadableRow();
+    void readRowsUnlocksTheTable();
 
 private:
     /// Columns to test both ways of copyTable with: inside SQLite, and through an adjust function.
@@ -1079,6 +1080,24 @@ void TestOperations::readRowsReportsAnUnreadableRow()
              QStringList{"Warning: tests/tst_updatebase_operations.cpp ( line ):  "
                          "\"malformed JSON Unable to fetch row\" : "
                          "[ \"select json(id) from reagent\" ]"});
+}
+
+void TestOperations::readRowsUnlocksTheTable()
+{
+    const TestDatabase database;
+    database.execute(
+        {versionTable, "create table reagent(id)", "insert into reagent values(1), (2), (3)"});
+
+    const Outcome outcome = runStep(database, [&](StepUpdater &step) {
+        QSqlQuery query;
+        query.setForwardOnly(true);
+        return query.exec("select id from reagent")
+            && !step.readRows(query, SOURCE_LINE, [] { return false; })
+            && step.exec(SOURCE_LINE, "drop table reagent");
+    });
+
+    QVERIFY(outcome.result);
+    QCOMPARE(outcome.log, QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestOperations)

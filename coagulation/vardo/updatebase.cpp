@@ -339,13 +339,15 @@ bool UpdateBase::endsRun(const QSqlError &error) const
 bool UpdateBase::readRows(QSqlQuery &query, const char *sourceFile, int line,
                           const std::function<bool()> &row)
 {
-    while (!isAbandoned() && query.next()) {
-        if (!row())
-            return false;
-    }
-    if (query.lastError().isValid())
+    bool complete = true;
+    while (complete && !isAbandoned() && query.next())
+        complete = row();
+    if (query.lastError().isValid()) {
         logSqlError(query, sourceFile, line);
-    return !isAbandoned() && !query.lastError().isValid();
+        complete = false;
+    }
+    query.finish(); // an unfinished query locks its tables against a change of their layout
+    return complete && !isAbandoned();
 }
 
 bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRecord &defaults,

@@ -99,8 +99,9 @@ protected:
     /// The same for a query whose failure is not reported as long as it comes from the content.
     void logUnlessContentError(const QSqlQuery &query, const char *sourceFile, int line);
 
-    /// Goes through the remaining rows of a query that the caller executed. The only way to read rows
-    /// one after another: to QSqlQuery::next() an unreadable row looks like the end of the table.
+    /// Goes through the remaining rows of a query that the caller executed, and finishes it. The only
+    /// way to read rows one after another: to QSqlQuery::next() an unreadable row looks like the end of
+    /// the table. Set the query to forward-only, or it keeps all rows in memory.
     /// \param row called once a row, with the query on it; false ends the reading
     /// \return false when `row` returned false or a row could not be read, which is logged
     [[nodiscard]] bool readRows(QSqlQuery &query, const char *sourceFile, int line,
