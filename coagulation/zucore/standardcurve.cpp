@@ -74,6 +74,16 @@ StandardCurve::StandardCurve(Workbench *, QObject *parent)
 {
 }
 
+bool StandardCurve::isValid() const
+{
+    return m_valid;
+}
+
+void StandardCurve::setValid(bool valid)
+{
+    m_valid = valid;
+}
+
 int StandardCurve::coefficientCount() const
 {
     switch (m_method) {

@@ -63,8 +63,8 @@ public:
     /// \return the coefficient, 0 being the first; 0.0 when there is none
     double coefficient(int index) const { return m_coefficients.value(index); }
 
-    bool isValid() const { return m_valid; }
-    void setValid(bool valid) { m_valid = valid; }
+    bool isValid() const;
+    void setValid(bool valid);
 
     /// Fits the curve to its points. It is valid when the method and both functions are known, when
     /// the points determine it and when it is strictly monotonic over them; then coefficients,
