@@ -1,0 +1,38 @@
+#pragma once
+
+#include "testdatabase.h"
+
+#include "coagulation/vardo/updateprofile.h"
+
+#include <QMap>
+#include <QTranslator>
+
+/// \param database whose file is named "profile.db"
+/// \return whether all steps passed
+bool upgradeProfile(const TestDatabase &database);
+
+using ProfileStep = bool (coagulation::UpdateProfile::*)();
+
+/// Runs one step alone, in a transaction of its own. The version in the file is what the step reads as
+/// the stored version; it is not changed.
+/// \return whether the step passed; if not, the file is as it was
+bool runProfileStep(const TestDatabase &database, ProfileStep step);
+
+/// A translation of the texts of one context, installed as long as it lives.
+class Translation : public QTranslator {
+    Q_OBJECT
+
+public:
+    /// \param translatedContext for example "coagulation::UpdateProfile"
+    Translation(QByteArray translatedContext, QMap<QString, QString> textsBySource);
+    ~Translation() override;
+    Q_DISABLE_COPY_MOVE(Translation)
+
+    QString translate(const char *context, const char *sourceText, const char *disambiguation,
+                      int n) const override;
+    bool isEmpty() const override { return false; }
+
+private:
+    QByteArray context;
+    QMap<QString, QString> texts;
+};
