@@ -4,7 +4,6 @@
 #include "stepupdater.h"
 #include "testdatabase.h"
 
-#include "coagulation/vardo/updateprofile.h"
 
 #include <QDir>
 #include <QFile>
@@ -183,7 +182,6 @@ private slots:
     void takesASlotWithADefaultArgumentForAStep();
     void failsAStepThatDoesNotReturnABool();
     void reportsAClassWithoutSteps();
-    void theProfileUpdaterHasNoStepsYet();
     void padsTheSignatureTo12Characters();
     void stopsAtTheFirstFailingStep();
     void callsUpgradeThroughTheVirtualTable();
@@ -563,21 +561,6 @@ void TestUpdateBase::reportsAClassWithoutSteps()
                           "coagulation::UpdateBase does not contain methods like"
                           " 'bool update_v<N>()'"}));
     QCOMPARE(database.table("version"), QStringList{"3"});
-}
-
-void TestUpdateBase::theProfileUpdaterHasNoStepsYet()
-{
-    const TestDatabase database("a_profile_b.db");
-    coagulation::fileNameAffixes() = {database.folderPath() + "/a_", "_b"};
-    const MessageRecorder recorder;
-
-    const bool upgraded = coagulation::UpdateProfile().run();
-
-    QVERIFY(upgraded);
-    QCOMPARE(recorder.messages().mid(1),
-             QStringList{"Debug: coagulation/vardo/updatebase.cpp ( line ):  "
-                         "coagulation::UpdateProfile does not contain methods like"
-                         " 'bool update_v<N>()'"});
 }
 
 void TestUpdateBase::padsTheSignatureTo12Characters()

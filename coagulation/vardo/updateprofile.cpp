@@ -1,10 +1,650 @@
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/zucore/assaytemplate.h"
+#include "coagulation/zucore/standardcurve.h"
+
+#include <QDate>
+#include <QDebug>
+#include <QRegularExpression>
+#include <QSqlField>
+#include <QSqlQuery>
+
+#include <algorithm>
+#include <cmath>
+
 namespace coagulation {
+
+namespace {
+
+/// \return a debug message that begins with the place it comes from
+QDebug debugFrom(const char *sourceFile, int line)
+{
+    return qDebug() << sourceFile << "(" << line << "): ";
+}
+
+/// \param language code of a language, for example "zh" or "zh_CN"
+bool isChinese(const QString &language)
+{
+    return language.toLower().startsWith("zh");
+}
+
+/// \return the text of a number, which may stand in a statement; empty for anything else
+QString numberText(const QVariant &value)
+{
+    const QString text = value.toString();
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    return isNumber && std::isfinite(number) ? text : QString();
+}
+
+/// \param fullName name of a template, ".", name of an item
+/// \return the item's name, as it stands in a statement
+QString itemName(const QVariant &fullName)
+{
+    return escaped(fullName.toString().split('.').value(1));
+}
+
+} // namespace
+
+QString escaped(QString text)
+{
+    return text.replace('\'', "''");
+}
 
 UpdateProfile::UpdateProfile(QObject *parent)
     : UpdateBase(databaseFileName("%1profile%2.db"), parent)
 {
+}
+
+bool UpdateProfile::update_v10()
+{
+    if (!bringToVersion10())
+        return false;
+
+    tryAll({
+        SQL("REPLACE INTO profile VALUES('ATIII/kinetic/start', '5')"),
+        SQL("REPLACE INTO profile VALUES('ATIII/kinetic/end', '55')"),
+        SQL("REPLACE INTO profile VALUES('ATIII/max_clot_time', '55')"),
+        SQL("REPLACE INTO profile VALUES('ATIII/dilution', '1/15')"),
+        SQL("REPLACE INTO profile VALUES('ATIII/report/dilution', '1/15')"),
+        SQL("REPLACE INTO profile VALUES('ATIII/incubator/duration', '90')"),
+        SQL("DELETE FROM profile where name LIKE 'program/ATIII/%' or name LIKE 'ATIII/mix/%'"),
+    });
+    return true;
+}
+
+bool UpdateProfile::bringToVersion10()
+{
+    if (version < 1 && !addCurveInfo())
+        return false;
+    if (version < 4 && !addCurrentCurve())
+        return false;
+    if (version < 5 && !addItemRanges())
+        return false;
+    if (version < 6 && !rebuildCalibrations())
+        return false;
+    if (version < 7 && !makeReagentIdsUnique())
+        return false;
+    if (version < 2 && !writeFirstDefaults())
+        return false;
+    if (version < 3)
+        setCalibrationAxes();
+    correctItems();
+    if (version < 4)
+        tryAll({SQL("insert into currentCurve (name, curveId) select name, id from curve")});
+    if (!fillVariables() || !refitStandardCurves() || !addPatientLabels())
+        return false;
+    if (version < 5 && !moveLimitsToItems())
+        return false;
+    correctNames();
+    if (version < 6)
+        addProteinAndLupusAssays();
+    if (!addPatientTimeLabels())
+        return false;
+    const bool chinese = isChinese(tr("zh"));
+    if (chinese && !writeChineseCodes())
+        return false;
+    if (version < 7 && !assignReagentIds())
+        return false;
+    if (!setReportLimits())
+        return false;
+    checkResults();
+    addClottingTimes();
+    if (!setNormalRanges())
+        return false;
+    addAntiXa();
+    if (version < 8)
+        (void)addDisplayNames(); // ignored: the old templates serve as well
+    if (version < 9
+        && !execAll(
+            {SQL("update assayCalibration set method=1, dispY='Linear' where name='ATIII'")}))
+        return false;
+    if (chinese && !writeChineseAntiXaCodes())
+        return false;
+    return renameReagents();
+}
+
+bool UpdateProfile::addCurveInfo()
+{
+    if (!execAll({SQL(R"(create table user_new(
+    id integer primary key,
+    name text unique COLLATE NOCASE,
+    password text,
+    level integer default 0,
+    hide integer default 0
+))")}) || !rebuildTable("user_new", "user")
+        || !execAll({SQL(R"(-- curve debug info, since v1
+create table curveInfo(
+    curveId integer references curve,
+    name text not null,
+    value,
+    unique (curveId, name) on conflict replace
+))")}))
+        return false;
+
+    tryAll({SQL("drop trigger if exists deleteCurve")});
+    return execAll({
+        SQL(R"(create trigger deleteCurve after delete on curve
+begin
+    delete from curvePoint where curvePoint.curveId = old.id;
+    delete from curveVariable where curveVariable.curveId = old.id;
+    delete from curveReagent where curveReagent.curveId = old.id;
+    delete from curveInfo where curveInfo.curveId = old.id;
+end)"),
+        SQL("create table version(version integer)"),
+    });
+}
+
+bool UpdateProfile::addCurrentCurve()
+{
+    // valid: null or 0 invalid
+    if (!execAll({SQL(R"(-- standard curve
+create table curve_new (
+    id integer primary key,
+    name text not null,
+    xUnit text,
+    yUnit text,
+    correlation real,
+    date date,
+    xFun integer,
+    yFun integer,
+    a real,
+    b real,
+    c real,
+    d real,
+    e real,
+    valid integer,
+    instrUuid text,
+    lotsNum text
+))")}) || !rebuildTable("curve_new", "curve"))
+        return false;
+
+    tryAll({
+        SQL(R"(-- currentCurve
+create table currentCurve (
+    id integer primary key,
+    name text unique on conflict replace,
+    curveId integer references curve
+))"),
+        SQL("drop index if exists curve_index"),
+        SQL("drop trigger if exists deleteCurve"),
+        SQL(R"(create trigger deleteCurve after delete on curve
+begin
+    delete from curvePoint where curvePoint.curveId = old.id;
+    delete from curveVariable where curveVariable.curveId = old.id;
+    delete from curveReagent where curveReagent.curveId = old.id;
+    delete from curveInfo where curveInfo.curveId = old.id;
+    delete from currentCurve where currentCurve.curveId = old.id;
+end)"),
+    });
+    return true;
+}
+
+bool UpdateProfile::addItemRanges()
+{
+    // method: 0 clotting time, 1 calibration, 2 calculation, 3 absorbance
+    // upperredilution: its spelling is kept
+    return execAll({
+               SQL(R"(-- assay subitem
+create table assayItem_new (
+    id integer primary key,
+    assayTemplateId integer references assayTemplate,
+    name text not null,
+    method integer,
+    unit text,
+    expr text,
+    precision integer default 2,
+    displayOrder integer,
+    abbr text,
+    code text,
+    lowerNormal real default 0,
+    upperNormal real default 0,
+    lowerReport real default 0,
+    upperReport real default 0,
+    lowerRepeat real default 0,
+    upperRepeat real default 0,
+    lowerRedilution real default 0,
+    upperredilution real default 0,
+    visible integer default 1
+))"),
+               SQL("DROP TRIGGER IF EXISTS afterDeleteAssayTemplate"),
+           })
+        && rebuildTable("assayItem_new", "assayItem")
+        && execAll({SQL(R"(create trigger afterDeleteAssayTemplate after delete on assayTemplate
+begin
+    delete from variable where variable.assayTemplateId = old.id;
+    delete from assayItem where assayItem.assayTemplateId = old.id;
+    delete from dataCheck where dataCheck.assayTemplateId = old.id;
+end;)")});
+}
+
+bool UpdateProfile::rebuildCalibrations()
+{
+    // method: as zu::RegressionMethod; the functions: null, 'Linear' or 'Log'
+    return execAll({SQL(R"(-- assay calibration
+create table assayCalibration_new(
+    id integer primary key,
+    assayTemplateId integer references assayTemplate,
+    name text not null unique,
+    method integer,
+    condition text,
+    caliX text,
+    caliY text,
+    funX text,
+    funY text,
+    dispX text,
+    dispY text
+))")}) && rebuildTable("assayCalibration_new", "assayCalibration");
+}
+
+bool UpdateProfile::makeReagentIdsUnique()
+{
+    if (!execAll({SQL("update reagent set reagentId=null where reagentId=''")}))
+        return false;
+
+    QSqlQuery reagents;
+    reagents.setForwardOnly(true);
+    if (!reagents.exec("select id, reagentId from reagent")) {
+        logSqlError(reagents, SOURCE_LINE);
+        return false;
+    }
+    QSet<QString> taken;
+    QMap<qint64, QString> duplicates;
+    const bool complete = readRows(reagents, SOURCE_LINE, [&] {
+        const QString reagentId = reagents.value(1).toString();
+        if (reagentId.isEmpty())
+            return true;
+        if (taken.contains(reagentId))
+            duplicates.insert(reagents.value(0).toLongLong(), reagentId);
+        else
+            taken.insert(reagentId);
+        return true;
+    });
+    return complete && renumberReagents(duplicates, taken)
+        && execAll({SQL("create unique index reagent_index_reagentId on reagent (reagentId)")});
+}
+
+bool UpdateProfile::renumberReagents(const QMap<qint64, QString> &duplicates, QSet<QString> taken)
+{
+    if (duplicates.isEmpty())
+        return true;
+
+    QSqlQuery update;
+    if (!update.prepare("update reagent set reagentId=:reagentId where id=:id")) {
+        logSqlError(update, SOURCE_LINE);
+        return false;
+    }
+    for (auto duplicate = duplicates.begin(); duplicate != duplicates.end(); ++duplicate) {
+        QString reagentId;
+        for (int n = 2; reagentId.isEmpty() || taken.contains(reagentId); ++n)
+            reagentId = QString("%1(%2)").arg(duplicate.value(), QString::number(n));
+        update.bindValue(":reagentId", reagentId);
+        update.bindValue(":id", duplicate.key());
+        if (!update.exec()) {
+            logSqlError(update, SOURCE_LINE);
+            return false;
+        }
+        debugFrom(SOURCE_LINE) << "UPDATE reagent SET reagentId =" << reagentId
+                               << "WHERE id =" << duplicate.key();
+        taken.insert(reagentId);
+    }
+    return true;
+}
+
+void UpdateProfile::correctItems()
+{
+    tryAll({
+        SQL("update assayItem set precision=-1 where name='OD'"),
+        SQL("update assayItem set upperNormal=15 where assayTemplateId="
+            "(select id from assayTemplate where name='PT') and name='T' and upperNormal=14"),
+    });
+    (void)updateOrInsert(
+        "update profile set value='4,0.2; 7,0.02; 10,0.008' where name='analyst/odThreshold'",
+        "replace into profile values('analyst/odThreshold', '4,0.2; 7,0.02; 10,0.008')",
+        SOURCE_LINE);
+}
+
+/// The variables' values used to stand with the curves only.
+bool UpdateProfile::fillVariables()
+{
+    QSqlQuery count;
+    if (!count.exec("select count(*) from variable where value notnull")) {
+        logUnlessContentError(count, SOURCE_LINE);
+        return false;
+    }
+    if (count.next() && count.value(0).toLongLong() > 0)
+        return true; // they have been filled before
+    count.finish();
+
+    QSqlQuery variables;
+    variables.setForwardOnly(true);
+    if (!variables.exec("select id, assayTemplateId, name, value from variable")) {
+        logSqlError(variables, SOURCE_LINE);
+        return false;
+    }
+    QSqlQuery values;
+    values.setForwardOnly(true);
+    if (!values.prepare("select curveVariable.value from curveVariable, curve, assayCalibration"
+                        " where curveVariable.name=:name and curveId=curve.id"
+                        " and curve.name=assayCalibration.name"
+                        " and assayCalibration.assayTemplateId=:assayTemplateId")) {
+        logSqlError(values, SOURCE_LINE);
+        return false;
+    }
+    QSqlQuery update;
+    if (!update.prepare("update variable set value=:value where id=:id")) {
+        logSqlError(update, SOURCE_LINE);
+        return false;
+    }
+    return readRows(variables, SOURCE_LINE, [&] {
+        values.bindValue(":name", variables.value(2));
+        values.bindValue(":assayTemplateId", variables.value(1));
+        if (!values.exec()) {
+            logSqlError(values, SOURCE_LINE);
+            return false;
+        }
+        if (!values.next())
+            return true;
+        update.bindValue(":id", variables.value(0));
+        update.bindValue(":value", values.value(0));
+        if (!update.exec()) {
+            logSqlError(update, SOURCE_LINE);
+            return false;
+        }
+        return true;
+    });
+}
+
+/// Prepared once for all curves.
+struct UpdateProfile::RefitQueries {
+    QSqlQuery calibration;
+    QSqlQuery points;
+    QSqlQuery updateCurve;
+    QSqlQuery updatePoint;
+};
+
+/// Fits every curve that is not valid once more, as the analyser software of this version would.
+bool UpdateProfile::refitStandardCurves()
+{
+    QSqlQuery curves;
+    curves.setForwardOnly(true);
+    if (!curves.exec("select id, name, xunit, yunit, correlation, date, xFun, yFun,"
+                     " a, b, c, d, e, valid, lotsNum from curve")) {
+        logUnlessContentError(curves, SOURCE_LINE);
+        return false;
+    }
+    RefitQueries queries;
+    queries.points.setForwardOnly(true);
+    if (!queries.calibration.prepare(
+            "select id, name, method, condition, caliX, caliY, funX, funY, dispX, dispY"
+            " from assayCalibration where name = :name")) {
+        logSqlError(queries.calibration, SOURCE_LINE);
+        return false;
+    }
+    if (!queries.points.prepare(
+            "select rowid, x, y, z, flags from curvePoint where curveId = :curveId")) {
+        logSqlError(queries.points, SOURCE_LINE);
+        return false;
+    }
+    if (!queries.updateCurve.prepare(
+            "update curve set correlation = :correlation, date = :date,"
+            " a = :a, b = :b, c = :c, d = :d, e = :e, valid = :valid where id = :id")) {
+        logSqlError(queries.updateCurve, SOURCE_LINE);
+        return false;
+    }
+    if (!queries.updatePoint.prepare(
+            "update curvePoint set z = :z, flags = :flags where rowid = :rowid")) {
+        logSqlError(queries.updateCurve, SOURCE_LINE); // kept: it names the curve's update
+        return false;
+    }
+    return readRows(curves, SOURCE_LINE, [&] { return refitStandardCurve(curves, queries); });
+}
+
+/// \param row id, name, xunit, yunit, correlation, date, xFun, yFun, a to e, valid, lotsNum
+bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queries)
+{
+    const QString name = row.value(1).toString();
+    queries.calibration.bindValue(":name", name);
+    if (!queries.calibration.exec()) {
+        logSqlError(queries.calibration, SOURCE_LINE);
+        return false;
+    }
+    if (!queries.calibration.next()) {
+        debugFrom(SOURCE_LINE) << "No calibration named " << name;
+        return true;
+    }
+    AssayTemplate::Calibration calibration;
+    calibration.id = queries.calibration.value(0).toInt();
+    calibration.name = queries.calibration.value(1).toString();
+    calibration.method = static_cast<zu::RegressionMethod>(queries.calibration.value(2).toInt());
+    calibration.condition = queries.calibration.value(3).toString();
+    calibration.caliX = queries.calibration.value(4).toString();
+    calibration.caliY = queries.calibration.value(5).toString();
+    calibration.funX = queries.calibration.value(6).toString();
+    calibration.funY = queries.calibration.value(7).toString();
+    calibration.dispX = queries.calibration.value(8).toString();
+    calibration.dispY = queries.calibration.value(9).toString();
+
+    StandardCurve curve(nullptr, nullptr);
+    curve.setName(name);
+    curve.setXUnit(row.value(2).toString());
+    curve.setYUnit(row.value(3).toString());
+    curve.setLotsNum(row.value(14).toString());
+    curve.setCorrelation(row.value(4).toDouble());
+    curve.setDate(row.value(5).toDate());
+    curve.setXFun(static_cast<zu::Function>(row.value(6).toInt()));
+    curve.setYFun(static_cast<zu::Function>(row.value(7).toInt()));
+    curve.setXDispFun(calibration.dispFunX());
+    curve.setYDispFun(calibration.dispFunY());
+    curve.setMethod(calibration.method);
+
+    queries.points.bindValue(":curveId", row.value(0));
+    if (!queries.points.exec()) {
+        logSqlError(queries.points, SOURCE_LINE);
+        return false;
+    }
+    QVariantList rowids;
+    QList<StdPoint> points;
+    if (!readRows(queries.points, SOURCE_LINE, [&] {
+            // by position: rowid comes under the name of an integer primary key
+            rowids << queries.points.value(0);
+            points << StdPoint{queries.points.value(1).toDouble(),
+                               queries.points.value(2).toDouble(),
+                               queries.points.value(3).toDouble(), queries.points.value(4).toInt()};
+            return true;
+        }))
+        return false;
+    curve.setPoints(points);
+
+    // The table holds five; for a method with fewer than two all of them are handed over.
+    QList<double> coefficients(std::clamp(curve.coefficientCount(), 0, 5));
+    if (coefficients.size() < 2)
+        coefficients.resize(5);
+    for (int i = 0; i < coefficients.size(); ++i)
+        coefficients[i] = row.value(8 + i).toDouble();
+    curve.setCoefficient(coefficients);
+
+    curve.setValid(row.value(13).toBool());
+    if (curve.isValid())
+        return true;
+    curve.update();
+    const qint64 id = row.value(0).toLongLong();
+    if (!curve.isValid())
+        debugFrom(SOURCE_LINE) << "Invalid curve: name =" << curve.name() << " id =" << id;
+
+    const auto coefficient = [&curve](int index) {
+        return index < curve.coefficientCount() ? QVariant(curve.coefficient(index)) : QVariant();
+    };
+    queries.updateCurve.bindValue(":correlation", curve.correlation());
+    queries.updateCurve.bindValue(":date", QDate::currentDate());
+    queries.updateCurve.bindValue(":a", coefficient(0));
+    queries.updateCurve.bindValue(":b", coefficient(1));
+    queries.updateCurve.bindValue(":c", coefficient(2));
+    queries.updateCurve.bindValue(":d", coefficient(3));
+    queries.updateCurve.bindValue(":e", coefficient(4));
+    queries.updateCurve.bindValue(":valid", curve.isValid() ? 1 : 0);
+    queries.updateCurve.bindValue(":id", id);
+    if (!queries.updateCurve.exec()) {
+        logSqlError(queries.updateCurve, SOURCE_LINE);
+        return false;
+    }
+
+    if (!curve.isValid())
+        return true;
+    for (int i = 0; i < rowids.size(); ++i) {
+        const StdPoint point = curve.point(i);
+        queries.updatePoint.bindValue(":z", point.z);
+        queries.updatePoint.bindValue(":flags", point.flags);
+        queries.updatePoint.bindValue(":rowid", rowids.at(i));
+        if (!queries.updatePoint.exec()) {
+            logSqlError(queries.updatePoint, SOURCE_LINE);
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The limits of the result checks become ranges of the items.
+bool UpdateProfile::moveLimitsToItems()
+{
+    QSqlQuery checks;
+    checks.setForwardOnly(true);
+    if (!checks.exec("select * from dataCheck")) {
+        logUnlessContentError(checks, SOURCE_LINE);
+        return false;
+    }
+    return readRows(checks, SOURCE_LINE, [&] {
+        const QSqlRecord check = checks.record();
+        if (check.value("assayTemplateId").toString().isEmpty())
+            return true;
+        const QString templateId = numberText(check.value("assayTemplateId"));
+        if (check.value("report").toBool()
+            && !execAll({SQL(QString("UPDATE assayItem SET lowerReport=%1, upperReport=%2"
+                                     " WHERE assayTemplateId=%3  AND name='%4'")
+                                 .arg(numberText(check.value("reportLower")),
+                                      numberText(check.value("reportUpper")), templateId,
+                                      itemName(check.value("reportItemFullName"))))}))
+            return false;
+        if (check.value("redilution").toBool()
+            && !execAll({SQL(QString("UPDATE assayItem SET lowerRedilution=%1, upperRedilution=%2"
+                                     " WHERE assayTemplateId=%3  AND name='%4'")
+                                 .arg(numberText(check.value("redilutionLower")),
+                                      numberText(check.value("redilutionUpper")), templateId,
+                                      itemName(check.value("redilutionItemFullName"))))}))
+            return false;
+        return !check.value("repeat").toBool()
+            || execAll({SQL(QString("UPDATE assayItem SET lowerRepeat=%1, upperRepeat=%2"
+                                    " WHERE assayTemplateId=%3  AND name='%4'")
+                                .arg(numberText(check.value("repeatLower")),
+                                     numberText(check.value("repeatUpper")), templateId,
+                                     itemName(check.value("repeatItemFullName"))))});
+    });
+}
+
+bool UpdateProfile::addDisplayNames()
+{
+    // caliX to funY are not used any more
+    if (!execAll({SQL(R"(-- assay template
+create table assayTemplate_new(
+    id integer primary key,
+    name text not null unique,
+    displayName text not null unique,
+    class text,
+    displayOrder integer,
+    caliX text,
+    caliY text,
+    funX text,
+    funY text
+))")}))
+        return false;
+
+    QSqlRecord displayName;
+    displayName.append(QSqlField("displayName", QMetaType::fromType<QString>()));
+    if (!copyTable("assayTemplate", "assayTemplate_new", displayName, {},
+                   [](QSqlRecord &row) { row.setValue("displayName", row.value("name")); }))
+        return false;
+
+    tryAll({SQL("drop trigger if exists afterDeleteAssayTemplate")});
+    if (!execAll({SQL("drop table assayTemplate")})
+        || !renameTable("assayTemplate_new", "assayTemplate"))
+        return false;
+    tryAll({SQL(R"(create trigger afterDeleteAssayTemplate after delete on assayTemplate
+begin
+    delete from variable where variable.assayTemplateId = old.id;
+    delete from assayItem where assayItem.assayTemplateId = old.id;
+    delete from dataCheck where dataCheck.assayTemplateId = old.id;
+end;)")});
+    return true;
+}
+
+bool UpdateProfile::renameReagents()
+{
+    // "name?": kept, also "nam" holds a reagent
+    static const QRegularExpression reagentKey(R"(program/\w+/(name?|diluent))");
+
+    QSqlQuery settings;
+    settings.setForwardOnly(true);
+    if (!settings.exec("select name, value from profile"
+                       " where name like 'program/%/name_' or name like 'program/%/diluent'")) {
+        logSqlError(settings, SOURCE_LINE);
+        return false;
+    }
+    const bool complete = readRows(settings, SOURCE_LINE, [&] {
+        const QString key = settings.value(0).toString();
+        if (reagentKey.match(key).capturedStart() == 0)
+            keysByReagent.insert(settings.value(1).toString(), key);
+        return true;
+    });
+    return complete && execAll({SQL("update or ignore reagent set name='X2' where name='Rinse'")})
+        && renameReagent("Buffer(DD)", "R1(DD)") && renameReagent("Latex", "R2(DD)")
+        && renameReagent("Buffer(FDP)", "R1(FDP)") && renameReagent("FDP", "R2(FDP)");
+}
+
+bool UpdateProfile::renameReagent(const QString &from, const QString &to)
+{
+    if (!execAll(
+            {SQL(QString("update or fail reagent set name='%2' where name='%1'").arg(from, to))}))
+        return false;
+
+    const QStringList keys = keysByReagent.values(from);
+    if (keys.isEmpty())
+        return true;
+    QSqlQuery update;
+    if (!update.prepare("update profile set value=:value where name=:name")) {
+        logSqlError(update, SOURCE_LINE);
+        return false;
+    }
+    return std::all_of(keys.begin(), keys.end(), [&](const QString &key) {
+        update.bindValue(":name", key);
+        update.bindValue(":value", to);
+        if (!update.exec()) {
+            logSqlError(update, SOURCE_LINE);
+            return false;
+        }
+        // "Relaced" is kept: support looks for it in the logs
+        debugFrom(SOURCE_LINE) << "Relaced" << key << "to" << to << "from" << from;
+        return true;
+    });
 }
 
 } // namespace coagulation
