@@ -17,6 +17,26 @@ public:
 
 public slots:
     bool update_v10(); ///< any older layout: item ranges, current curves, unique reagent ids
+    bool update_v11(); ///< axes of a calibration
+    bool update_v12(); ///< ratios of the lupus anticoagulant tests
+    bool update_v13(); ///< anti-Xa activity
+    bool update_v14(); ///< ten further assays
+    bool update_v15(); ///< current curves of each instrument
+    bool update_v16(); ///< measuring ranges
+    bool update_v17(); ///< further programs of PT, mixing studies of APTT
+    bool update_v18(); ///< time dependency of the APTT mixing studies
+    bool update_v19(); ///< order of the programs of version 17
+    bool update_v20(); ///< rivaroxaban
+    bool update_v21(); ///< default re-dilutions
+    bool update_v22(); ///< label of patient.instrId
+    bool update_v23(); ///< expiry of curves
+    bool update_v24(); ///< settings of programs by reagent
+    bool update_v25(); ///< reagent ids of the lupus anticoagulant tests
+    bool update_v26(); ///< dPT, screening and confirm
+    bool update_v27(); ///< expression of a dPT ratio
+    bool update_v28(); ///< factory setting of the ATIII incubation
+    bool update_v29(); ///< reagent ids of anti-Xa
+    bool update_v30(); ///< reagents and settings of vWF and plasminogen
 
 private:
     struct RefitQueries;
@@ -61,5 +81,8 @@ private:
 
 /// \return a text as it stands between the apostrophes of an SQL literal
 QString escaped(QString text);
+
+/// \param language code of a language, for example "zh" or "zh_CN"
+bool isChinese(const QString &language);
 
 } // namespace coagulation
