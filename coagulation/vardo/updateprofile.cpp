@@ -39,6 +39,34 @@ QString itemName(const QVariant &fullName)
     return escaped(fullName.toString().split('.').value(1));
 }
 
+/// \param row id, name, method, condition, caliX, caliY, funX, funY, dispX, dispY
+AssayTemplate::Calibration readCalibration(const QSqlQuery &row)
+{
+    AssayTemplate::Calibration calibration;
+    calibration.id = row.value(0).toInt();
+    calibration.name = row.value(1).toString();
+    calibration.method = static_cast<zu::RegressionMethod>(row.value(2).toInt());
+    calibration.condition = row.value(3).toString();
+    calibration.caliX = row.value(4).toString();
+    calibration.caliY = row.value(5).toString();
+    calibration.funX = row.value(6).toString();
+    calibration.funY = row.value(7).toString();
+    calibration.dispX = row.value(8).toString();
+    calibration.dispY = row.value(9).toString();
+    return calibration;
+}
+
+/// \param row of a curve; its columns 8 to 12 hold the coefficients a to e
+/// \param count how many the curve's method has
+/// \return as many coefficients, five at most; all five for a method that has fewer than two
+QList<double> storedCoefficients(const QSqlQuery &row, int count)
+{
+    QList<double> coefficients(count < 2 ? 5 : std::min(count, 5));
+    for (int i = 0; i < coefficients.size(); ++i)
+        coefficients[i] = row.value(8 + i).toDouble();
+    return coefficients;
+}
+
 } // namespace
 
 QString escaped(QString text)
@@ -48,7 +76,7 @@ QString escaped(QString text)
 
 bool isChinese(const QString &language)
 {
-    return language.toLower().startsWith("zh");
+    return language.startsWith("zh", Qt::CaseInsensitive);
 }
 
 UpdateProfile::UpdateProfile(QObject *parent)
@@ -58,7 +86,7 @@ UpdateProfile::UpdateProfile(QObject *parent)
 
 bool UpdateProfile::update_v10()
 {
-    if (!bringToVersion10())
+    if (!changeLayouts() || !convertValues() || !completeAssays())
         return false;
 
     tryAll({
@@ -73,7 +101,9 @@ bool UpdateProfile::update_v10()
     return true;
 }
 
-bool UpdateProfile::bringToVersion10()
+// What runs below a version only is what the step to that version used to be.
+
+bool UpdateProfile::changeLayouts()
 {
     if (version < 1 && !addCurveInfo())
         return false;
@@ -83,8 +113,11 @@ bool UpdateProfile::bringToVersion10()
         return false;
     if (version < 6 && !rebuildCalibrations())
         return false;
-    if (version < 7 && !makeReagentIdsUnique())
-        return false;
+    return version >= 7 || makeReagentIdsUnique();
+}
+
+bool UpdateProfile::convertValues()
+{
     if (version < 2 && !writeFirstDefaults())
         return false;
     if (version < 3)
@@ -99,8 +132,11 @@ bool UpdateProfile::bringToVersion10()
     correctNames();
     if (version < 6)
         addProteinAndLupusAssays();
-    if (!addPatientTimeLabels())
-        return false;
+    return addPatientTimeLabels();
+}
+
+bool UpdateProfile::completeAssays()
+{
     const bool chinese = isChinese(tr("zh"));
     if (chinese && !writeChineseCodes())
         return false;
@@ -114,7 +150,7 @@ bool UpdateProfile::bringToVersion10()
         return false;
     addAntiXa();
     if (version < 8)
-        (void)addDisplayNames(); // ignored: the old templates serve as well
+        (void)addDisplayNames(); // ignored: without them the templates keep their old layout
     if (version < 9
         && !execAll(
             {SQL("update assayCalibration set method=1, dispY='Linear' where name='ATIII'")}))
@@ -414,7 +450,7 @@ bool UpdateProfile::refitStandardCurves()
     }
     if (!queries.updatePoint.prepare(
             "update curvePoint set z = :z, flags = :flags where rowid = :rowid")) {
-        logSqlError(queries.updateCurve, SOURCE_LINE); // kept: it names the curve's update
+        logSqlError(queries.updateCurve, SOURCE_LINE); // kept: names the update of the curve
         return false;
     }
     return readRows(curves, SOURCE_LINE, [&] { return refitStandardCurve(curves, queries); });
@@ -433,17 +469,7 @@ bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queri
         debugFrom(SOURCE_LINE) << "No calibration named " << name;
         return true;
     }
-    AssayTemplate::Calibration calibration;
-    calibration.id = queries.calibration.value(0).toInt();
-    calibration.name = queries.calibration.value(1).toString();
-    calibration.method = static_cast<zu::RegressionMethod>(queries.calibration.value(2).toInt());
-    calibration.condition = queries.calibration.value(3).toString();
-    calibration.caliX = queries.calibration.value(4).toString();
-    calibration.caliY = queries.calibration.value(5).toString();
-    calibration.funX = queries.calibration.value(6).toString();
-    calibration.funY = queries.calibration.value(7).toString();
-    calibration.dispX = queries.calibration.value(8).toString();
-    calibration.dispY = queries.calibration.value(9).toString();
+    const AssayTemplate::Calibration calibration = readCalibration(queries.calibration);
 
     StandardCurve curve(nullptr, nullptr);
     curve.setName(name);
@@ -466,7 +492,7 @@ bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queri
     QVariantList rowids;
     QList<StdPoint> points;
     if (!readRows(queries.points, SOURCE_LINE, [&] {
-            // by position: rowid comes under the name of an integer primary key
+            // by position: the rowid comes under the name of an integer primary key
             rowids << queries.points.value(0);
             points << StdPoint{queries.points.value(1).toDouble(),
                                queries.points.value(2).toDouble(),
@@ -476,22 +502,22 @@ bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queri
         return false;
     curve.setPoints(points);
 
-    // The table holds five; for a method with fewer than two all of them are handed over.
-    QList<double> coefficients(std::clamp(curve.coefficientCount(), 0, 5));
-    if (coefficients.size() < 2)
-        coefficients.resize(5);
-    for (int i = 0; i < coefficients.size(); ++i)
-        coefficients[i] = row.value(8 + i).toDouble();
-    curve.setCoefficient(coefficients);
-
+    curve.setCoefficient(storedCoefficients(row, curve.coefficientCount()));
     curve.setValid(row.value(13).toBool());
     if (curve.isValid())
         return true;
     curve.update();
-    const qint64 id = row.value(0).toLongLong();
+    return storeCurve(curve, row.value(0).toLongLong(), rowids, queries);
+}
+
+/// \param rowids of the curve's points, in their order
+bool UpdateProfile::storeCurve(const StandardCurve &curve, qint64 id, const QVariantList &rowids,
+                               RefitQueries &queries)
+{
     if (!curve.isValid())
         debugFrom(SOURCE_LINE) << "Invalid curve: name =" << curve.name() << " id =" << id;
 
+    // null for what the method does not have
     const auto coefficient = [&curve](int index) {
         return index < curve.coefficientCount() ? QVariant(curve.coefficient(index)) : QVariant();
     };

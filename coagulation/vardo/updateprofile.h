@@ -8,6 +8,8 @@
 
 namespace coagulation {
 
+class StandardCurve;
+
 /// Upgrades the profile database: settings, users, reagents, assays, calibrations and standard curves.
 class UpdateProfile : public UpdateBase {
     Q_OBJECT
@@ -42,7 +44,9 @@ private:
     struct RefitQueries;
 
     // update_v10: its sections, layouts and conversions
-    [[nodiscard]] bool bringToVersion10();
+    [[nodiscard]] bool changeLayouts();
+    [[nodiscard]] bool convertValues();
+    [[nodiscard]] bool completeAssays();
     [[nodiscard]] bool addCurveInfo();
     [[nodiscard]] bool addCurrentCurve();
     [[nodiscard]] bool addItemRanges();
@@ -54,6 +58,8 @@ private:
     [[nodiscard]] bool fillVariables();
     [[nodiscard]] bool refitStandardCurves();
     [[nodiscard]] bool refitStandardCurve(const QSqlQuery &row, RefitQueries &queries);
+    [[nodiscard]] bool storeCurve(const StandardCurve &curve, qint64 id, const QVariantList &rowids,
+                                  RefitQueries &queries);
     [[nodiscard]] bool moveLimitsToItems();
     [[nodiscard]] bool addDisplayNames();
     [[nodiscard]] bool renameReagents();
