@@ -1,0 +1,106 @@
+/// The reference schemas in docs/schema against what the upgrade of the oldest samples leaves.
+
+#include "messagerecorder.h"
+#include "profileupgrade.h"
+#include "testdatabase.h"
+
+#include "coagulation/vardo/updatedata.h"
+#include "coagulation/vardo/updateqc.h"
+#include "coagulation/vardo/updatesyslog.h"
+
+#include <QtTest>
+
+namespace {
+
+using Upgrade = std::function<bool()>;
+
+template <typename Updater> bool upgrade()
+{
+    return Updater().run();
+}
+
+/// \return the statements of a schema without what a rename or an added column leaves in their layout
+QStringList normalised(QStringList schema)
+{
+    static const QRegularExpression quotedTable("^CREATE TABLE \"(\\w+)\"");
+    return schema.replaceInStrings(quotedTable, R"(CREATE TABLE \1)").replaceInStrings(" (", "(");
+}
+
+} // namespace
+
+class TestSchema : public QObject {
+    Q_OBJECT
+
+private slots:
+    void isTheUpgradedSample_data();
+    void isTheUpgradedSample();
+    void listsTablesAndViewsByName_data();
+    void listsTablesAndViewsByName();
+    void hasOneColumnALine_data();
+    void hasOneColumnALine();
+};
+
+void TestSchema::isTheUpgradedSample_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<Upgrade>("upgrade");
+
+    QTest::newRow("profile") << "profile" << Upgrade(upgrade<coagulation::UpdateProfile>);
+    QTest::newRow("data") << "data" << Upgrade(upgrade<coagulation::UpdateData>);
+    QTest::newRow("qc") << "qc" << Upgrade(upgrade<coagulation::UpdateQc>);
+    QTest::newRow("syslog") << "syslog" << Upgrade(upgrade<coagulation::UpdateSyslog>);
+}
+
+void TestSchema::isTheUpgradedSample()
+{
+    QFETCH(QString, name);
+    QFETCH(Upgrade, upgrade);
+    const TestDatabase reference;
+    reference.load("../docs/schema/" + name + ".sql");
+    const TestDatabase database(name + ".db");
+    database.load(name + "_v0.sql");
+    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade();
+
+    QVERIFY(upgraded);
+    QCOMPARE(normalised(database.schema()), normalised(reference.schema()));
+}
+
+void TestSchema::listsTablesAndViewsByName_data()
+{
+    isTheUpgradedSample_data();
+}
+
+void TestSchema::listsTablesAndViewsByName()
+{
+    QFETCH(QString, name);
+    const TestDatabase reference;
+    reference.load("../docs/schema/" + name + ".sql");
+    const QString tables = "select name from sqlite_master where type in ('table', 'view')"
+                           " and name not like 'sqlite_%' order by ";
+
+    QCOMPARE(reference.rows(tables + "rowid"), reference.rows(tables + "lower(name)"));
+}
+
+void TestSchema::hasOneColumnALine_data()
+{
+    isTheUpgradedSample_data();
+}
+
+void TestSchema::hasOneColumnALine()
+{
+    QFETCH(QString, name);
+    const TestDatabase reference;
+    reference.load("../docs/schema/" + name + ".sql");
+
+    QCOMPARE(reference.rows("select tbl.name from sqlite_master tbl where tbl.type = 'table'"
+                            " and tbl.sql notnull and name not like 'sqlite_%'"
+                            " and (select count(*) from pragma_table_info(tbl.name) column"
+                            "   where instr(tbl.sql, char(10) || '    ' || column.name) = 0) > 0"),
+             QStringList());
+}
+
+QTEST_GUILESS_MAIN(TestSchema)
+#include "tst_schema.moc"
