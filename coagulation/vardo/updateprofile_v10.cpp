@@ -180,7 +180,7 @@ void UpdateProfile::addProteinAndLupusAssays()
         SQL("insert or ignore into assaytemplate values(18, 'LAS',   null, 180, 'T', 'P', 'Log', 'Log')"),
         SQL("insert or ignore into assaytemplate values(19, 'LAC',   null, 190, 'T', 'P', 'Log', 'Log')"),
         SQL("insert or ignore into assaytemplate values(20, 'APCR1', null, 200, 'T', 'P', 'Log', 'Log')"),
-        SQL("insert or ignore into assaytemplate values(21, 'APCR2', null, 210, 'T', 'P', 'Log', 'Log')"),
+        SQL("insert or ignore into assaytemplate values(21, 'APCR2', null, 200, 'T', 'P', 'Log', 'Log')"),
 
         SQL("insert or ignore into assayCalibration values(null, 16, 'PC',    0, null, 'OD', 'P', 'Log', 'Log', 'Log', 'Log')"),
         SQL("insert or ignore into assayCalibration values(null, 17, 'PS',    0, null, 'T',  'P', 'Log', 'Log', 'Log', 'Log')"),
