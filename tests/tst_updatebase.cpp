@@ -4,7 +4,6 @@
 #include "stepupdater.h"
 #include "testdatabase.h"
 
-
 #include <QDir>
 #include <QFile>
 #include <QSqlDatabase>
