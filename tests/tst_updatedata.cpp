@@ -1,6 +1,7 @@
 /// The data database from every stored version to the current one.
 
 #include "messagerecorder.h"
+#include "olddatabases.h"
 #include "testdatabase.h"
 
 #include "coagulation/vardo/updatedata.h"
@@ -15,122 +16,6 @@ bool upgrade(const TestDatabase &database)
 {
     coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
     return UpdateData().run();
-}
-
-QStringList lookupList(const QString &name)
-{
-    return {
-        QString("create table %1_new(id integer primary key, abbr text COLLATE NOCASE, name text)")
-            .arg(name),
-        QString("insert into %1_new select id, %2, name from %1")
-            .arg(name, name == "department" || name == "operator" ? "null" : "abbr"),
-        QString("drop table %1").arg(name),
-        QString("alter table %1_new rename to %1").arg(name),
-        QString("create index if not exists %1_index on %1 (abbr)").arg(name),
-    };
-}
-
-/// \return what turns the sample at a version into one at the next version
-QStringList changesTo(int version)
-{
-    switch (version) {
-    case 1:
-        return QStringList{"alter table patient add sampleType text",
-                           "alter table patient add hospitalNo text"}
-        + lookupList("department") + lookupList("sex") + lookupList("treatmentRoom")
-            + lookupList("diagnosis") + lookupList("doctor") + lookupList("operator")
-            + QStringList{"create table detail(id integer primary key,"
-                          " patientId integer references patient, item text, info text,"
-                          " unique(patientId, item) on conflict replace)",
-                          "create table version(version integer)"};
-    case 2:
-        return {"drop trigger on_delete_patient",
-                "create trigger on_delete_patient after delete on patient begin"
-                " delete from exam where old.sampleNo = exam.sampleNo and old.date = exam.date;"
-                " delete from result where old.id = result.patientId;"
-                " delete from patientExtra where old.id = patientExtra.patientId;"
-                " delete from curve where old.id = curve.patientId;"
-                " delete from detail where old.id = detail.patientId; end"};
-    case 3:
-        return {
-            "create table results(id integer primary key,"
-            " patientId integer references patient, item text, subitem text, version integer,"
-            " abbr text, code text, date date, time time, result real, unit text,"
-            " flag integer, displayOrder integer, lowerMarkLimit real, upperMarkLimit real)",
-            "create index results_index on results(patientId, item, subitem)",
-            "insert into results select id, patientId, item, subitem, 1, abbr, code, null, null,"
-            " result, unit, flag, displayOrder, lowerMarkLimit, upperMarkLimit from result",
-            "create table checkedResult(id integer primary key,"
-            " patientId integer references patient, item text, subitem text,"
-            " resultsId integer references results,"
-            " unique(patientId, item, subitem) on conflict replace)",
-            "create index checkedResult_index on checkedResult(patientId, item, subitem)",
-            "insert into checkedResult(patientId, item, subitem, resultsId)"
-            " select patientId, item, subitem, id from result",
-            "drop table result",
-            "create table curve_new(id integer primary key,"
-            " patientId integer references patient, item text, version integer, curve blob)",
-            "insert into curve_new select id, patientId, item, 1, curve from curve",
-            "drop table curve",
-            "alter table curve_new rename to curve",
-            "create table detail_new(id integer primary key,"
-            " patientId integer references patient, item text, version integer, info text)",
-            "insert into detail_new select id, patientId, item, 1, info from detail",
-            "drop table detail",
-            "alter table detail_new rename to detail",
-            "drop trigger on_delete_patient",
-            "create trigger on_delete_patient after delete on patient begin"
-            " delete from patientExtra where old.id = patientExtra.patientId;"
-            " delete from exam where old.sampleNo = exam.sampleNo and old.date = exam.date;"
-            " delete from results where old.id = results.patientId;"
-            " delete from checkedResult where old.id = checkedResult.patientId;"
-            " delete from curve where old.id = curve.patientId;"
-            " delete from detail where old.id = detail.patientId; end"};
-    case 4:
-        return {"create view result as select results.id, results.patientId, results.item,"
-                " results.subitem, abbr, code, result, unit, flag, displayOrder, lowerMarkLimit,"
-                " upperMarkLimit from results, checkedResult"
-                " where results.id = checkedResult.resultsId"
-                " and results.patientId = checkedResult.patientId"};
-    case 5:
-        return {"alter table patient add memo text",
-                "create table memo(id integer primary key, abbr text COLLATE NOCASE, name text)",
-                "create index memo_index on memo (abbr)"};
-    case 6:
-        return {"alter table patient add printTime datetime",
-                "alter table patient add outputTime datetime"};
-    case 7:
-        return {"alter table doctor add department text",
-                "alter table treatmentRoom add department text"};
-    case 8:
-        return {"alter table patient add sampleTime datetime",
-                "alter table patient add testTime datetime",
-                "alter table patient add validateTime datetime"};
-    case 9:
-        return {"update patient set time = '08:01:02' where id = 1",
-                "update patient set time = '07:59:59' where id = 5"};
-    case 10:
-        return {"alter table patient add instrId text"};
-    case 11:
-        return {"alter table results add deletedAt datetime",
-                "alter table curve add deletedAt datetime",
-                "alter table detail add deletedAt datetime"};
-    case 12:
-        return {"create table sampleAssayRequest(barcode text primary key, testItems text,"
-                " patientInfo text, finished integer not null default 0, updatedTime datetime)"};
-    default:
-        return {};
-    }
-}
-
-/// Fills the database with the sample as it stands at a version.
-void makeAt(const TestDatabase &database, int version)
-{
-    database.load("data_v0.sql");
-    for (int next = 1; next <= version; ++next)
-        database.execute(QStringList{"pragma legacy_alter_table=on"} + changesTo(next));
-    if (version > 0)
-        database.execute({QString("insert into version values(%1)").arg(version)});
 }
 
 /// \return the lines of the steps, up to the failing one if there is one
@@ -301,7 +186,7 @@ void TestUpdateData::reachesVersion12FromEveryVersion()
 {
     QFETCH(int, stored);
     const TestDatabase database("data.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "data", stored);
     const MessageRecorder recorder;
 
     const bool upgraded = upgrade(database);
@@ -327,7 +212,7 @@ void TestUpdateData::keepsADetailOfEveryVersion()
 {
     QFETCH(int, stored);
     const TestDatabase database("data.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "data", stored);
     database.execute({"insert into detail(id, patientId, item, info) values"
                       "(3, 2, 'PT', '通道 1'), (4, 2, 'DD', 'O''Neill')"});
     if (stored >= 3)
@@ -429,7 +314,7 @@ void TestUpdateData::failsAndKeepsTheFile_data()
         << QStringList{"create table sampleAssayRequest("} << 12;
     QTest::newRow("3: a trigger ends the transaction")
         << 2
-        << changesTo(3).mid(7, 1)
+        << dataChangesTo(3).mid(7, 1)
             + QStringList{"create trigger keep before insert on curve_new"
                           " begin select raise(rollback, 'kept'); end"}
         << QStringList{"create table curve_new(", "insert into curve_new ("} << 8;
@@ -453,7 +338,7 @@ void TestUpdateData::failsAndKeepsTheFile()
     QFETCH(QStringList, failing);
     QFETCH(int, step);
     const TestDatabase database("data.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "data", stored);
     database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
     const QStringList before = database.content();
     const MessageRecorder recorder;
@@ -491,13 +376,13 @@ void TestUpdateData::ignoresAndWarnsOnce_data()
         << 0 << QStringList{"alter table patient add hospitalNo text"}
         << QStringList{"alter table patient add hospitalNo text"};
     QTest::newRow("3: results exists")
-        << 2 << changesTo(3).mid(0, 1) << QStringList{"create table results("};
+        << 2 << dataChangesTo(3).mid(0, 1) << QStringList{"create table results("};
     QTest::newRow("3: results_index is a table")
         << 2 << QStringList{"create table results_index(id)"}
         << QStringList{"create index results_index on"};
     QTest::newRow("3: results take no row")
         << 2
-        << changesTo(3).mid(0, 1)
+        << dataChangesTo(3).mid(0, 1)
             + QStringList{"create trigger keep before insert on results"
                           " begin select raise(abort, 'kept'); end"}
         << QStringList{"create table results(", "insert into results ("};
@@ -505,13 +390,13 @@ void TestUpdateData::ignoresAndWarnsOnce_data()
         << 2 << QStringList{"alter table result drop column unit"}
         << QStringList{"insert into results ("};
     QTest::newRow("3: checkedResult exists")
-        << 2 << changesTo(3).mid(3, 1) << QStringList{"create table checkedResult("};
+        << 2 << dataChangesTo(3).mid(3, 1) << QStringList{"create table checkedResult("};
     QTest::newRow("3: checkedResult_index is a table")
         << 2 << QStringList{"create table checkedResult_index(id)"}
         << QStringList{"create index checkedResult_index on"};
     QTest::newRow("3: checkedResult takes no row")
         << 2
-        << changesTo(3).mid(3, 1)
+        << dataChangesTo(3).mid(3, 1)
             + QStringList{"create trigger keep before insert on checkedResult"
                           " begin select raise(abort, 'kept'); end"}
         << QStringList{"create table checkedResult(", "insert into checkedResult("};
@@ -522,20 +407,20 @@ void TestUpdateData::ignoresAndWarnsOnce_data()
                                                         "create view result as select * from old"}
                                          << QStringList{"drop table result"};
     QTest::newRow("3: curve_new exists")
-        << 2 << changesTo(3).mid(7, 1) << QStringList{"create table curve_new("};
+        << 2 << dataChangesTo(3).mid(7, 1) << QStringList{"create table curve_new("};
     QTest::newRow("3: curves have no item")
         << 2 << QStringList{"alter table curve drop column item"}
         << QStringList{"insert into curve_new ("};
     QTest::newRow("3: curve_new takes no row")
         << 2
-        << changesTo(3).mid(7, 1)
+        << dataChangesTo(3).mid(7, 1)
             + QStringList{"create trigger keep before insert on curve_new"
                           " begin select raise(abort, 'kept'); end"}
         << QStringList{"create table curve_new(", "insert into curve_new ("};
     QTest::newRow("3: no curve") << 2 << QStringList{"drop table curve"}
                                  << QStringList{"insert into curve_new (", "drop table curve"};
     QTest::newRow("3: detail_new exists")
-        << 2 << changesTo(3).mid(11, 1) << QStringList{"create table detail_new("};
+        << 2 << dataChangesTo(3).mid(11, 1) << QStringList{"create table detail_new("};
     QTest::newRow("3: details have no info")
         << 2 << QStringList{"alter table detail drop column info"}
         << QStringList{"insert into detail_new ("};
@@ -549,7 +434,7 @@ void TestUpdateData::ignoresAndWarnsOnce_data()
     QTest::newRow("4: result is an index")
         << 3 << QStringList{"create index result on patient(name)"}
         << QStringList{"create view result"};
-    QTest::newRow("5: memo exists") << 4 << changesTo(5).mid(1, 1) << QStringList{"-- remarks"};
+    QTest::newRow("5: memo exists") << 4 << dataChangesTo(5).mid(1, 1) << QStringList{"-- remarks"};
     QTest::newRow("5: memo_index is a table") << 4 << QStringList{"create table memo_index(id)"}
                                               << QStringList{"create index memo_index on"};
 }
@@ -560,7 +445,7 @@ void TestUpdateData::ignoresAndWarnsOnce()
     QFETCH(QStringList, obstacles);
     QFETCH(QStringList, failing);
     const TestDatabase database("data.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "data", stored);
     database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
     const MessageRecorder recorder;
 
@@ -593,7 +478,7 @@ void TestUpdateData::copiesLookupListsByColumnName()
 void TestUpdateData::keepsAnOlderMemoTable()
 {
     const TestDatabase database("data.db");
-    makeAt(database, 4);
+    makeDatabaseAt(database, "data", 4);
     database.execute({"create table memo(id integer primary key, abbr text, name text)",
                       "insert into memo values(1, 'cx', '重新采血')"});
     const MessageRecorder recorder;
@@ -635,7 +520,7 @@ void TestUpdateData::findsAbbreviationsInAnyCase()
 void TestUpdateData::cutsTimesAtTheirPoint()
 {
     const TestDatabase database("data.db");
-    makeAt(database, 8);
+    makeDatabaseAt(database, "data", 8);
     database.execute(
         {"update patient set time = '10:20:30.500', printTime = '10:20:31.500',"
          " outputTime = '10:20:32.500', sampleTime = '10:20:33.500',"
@@ -661,7 +546,7 @@ void TestUpdateData::cutsTimesAtTheirPoint()
 void TestUpdateData::keepsStorageClasses()
 {
     const TestDatabase database("data.db");
-    makeAt(database, 2);
+    makeDatabaseAt(database, "data", 2);
     database.execute({"insert into curve(id, patientId, item, curve) values"
                       "(20, 1, 'A', 'text'), (21, 1, 'B', 5), (22, 1, 'C', 0.5)",
                       "insert into detail(id, patientId, item, info) values"
@@ -707,7 +592,7 @@ void TestUpdateData::deletesAllOfAPatientAndNoMore()
 {
     QFETCH(int, stored);
     const TestDatabase database("data.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "data", stored);
     QVERIFY(upgrade(database));
     database.execute({"insert into detail(patientId, item) values(1, 'PT'), (2, 'PT')"});
 
@@ -736,7 +621,7 @@ void TestUpdateData::showsTheOldResultsThroughTheView()
     const TestDatabase oldest("data.db");
     oldest.load("data_v0.sql");
     const TestDatabase database("data.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "data", stored);
     const QString query = "select id, patientId, item, subitem, abbr, code, result, unit, flag,"
                           " displayOrder, lowerMarkLimit, upperMarkLimit from result order by id";
     const QStringList before = oldest.rows(query);
@@ -751,7 +636,7 @@ void TestUpdateData::showsTheOldResultsThroughTheView()
 void TestUpdateData::showsTheCheckedVersionOfAResult()
 {
     const TestDatabase database("data.db");
-    makeAt(database, 8);
+    makeDatabaseAt(database, "data", 8);
     database.execute({"insert into results(id, patientId, item, subitem, version, result)"
                       " values(30, 1, 'PT', 'T', 2, 11.5), (31, 1, 'PT', 'T', 3, 11.75)",
                       "insert into checkedResult(patientId, item, subitem, resultsId)"

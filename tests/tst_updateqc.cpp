@@ -1,6 +1,7 @@
 /// The quality-control database from every stored version to the current one.
 
 #include "messagerecorder.h"
+#include "olddatabases.h"
 #include "testdatabase.h"
 
 #include "coagulation/vardo/updateqc.h"
@@ -15,63 +16,6 @@ bool upgrade(const TestDatabase &database)
 {
     coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
     return UpdateQc().run();
-}
-
-const QString newInfo =
-    "create table info_new(id integer primary key, reagentId integer references reagent,"
-    " itemId integer, subitemId integer, instrId text default 'wb1', item text, subitem text,"
-    " unit text, x integer default 0, sul real, ul real, xmean real, ll real, sll real,"
-    " lj integer default 0, mean real, sd real)";
-const QString newSubsetting =
-    "create table subsetting_new(id integer primary key, fileNo integer, subitemId integer,"
-    " instrId text default 'wb1', execCheck integer default 1, checkMethod integer default 0,"
-    " x integer default 0, sul real, ul real, xmean real, ll real, sll real,"
-    " lj integer default 0, mean real, sd real, rule1_2s integer default 1,"
-    " rule1_3s integer default 2, rule2_2s integer default 0, rule4_1s integer default 0,"
-    " ruleR_4s integer default 0, rule10x integer default 0,"
-    " unique (fileNo, subitemId, instrId) on conflict replace)";
-
-/// \return what turns the sample at a version into one at the next version
-QStringList changesTo(int version)
-{
-    switch (version) {
-    case 1:
-        return {"create table version(version integer)",
-                "create table reagent_new(id integer primary key, reagentId integer,"
-                " fileNo integer, name text, lotsNum text, expireDate date, level text)",
-                "insert into reagent_new select id, reagentId, fileNo, name, lotsNum, expireDate,"
-                " null from reagent",
-                "drop table reagent",
-                "alter table reagent_new rename to reagent",
-                "create index reagent_index on reagent(fileNo, lotsNum, reagentId)"};
-    case 2:
-        return {"update qc set time = '07:45:10' where id = 1",
-                "update qc set time = '07:46:01' where id = 3"};
-    case 3:
-        return {newInfo,
-                "insert into info_new(id, reagentId, itemId, subitemId, item, subitem, unit, x,"
-                " sul, ul, xmean, ll, sll) select * from info",
-                "drop table info",
-                "alter table info_new rename to info",
-                "create index info_index on info(reagentId, itemId, subitemId, instrId)",
-                newSubsetting,
-                "insert into subsetting_new(id, fileNo, subitemId, x, sul, ul, xmean, ll, sll,"
-                " rule1_2s, rule1_3s, rule2_2s) select * from subsetting",
-                "drop table subsetting",
-                "alter table subsetting_new rename to subsetting"};
-    default:
-        return {};
-    }
-}
-
-/// Fills the database with the sample as it stands at a version.
-void makeAt(const TestDatabase &database, int version)
-{
-    database.load("qc_v0.sql");
-    for (int next = 1; next <= version; ++next)
-        database.execute(QStringList{"pragma legacy_alter_table=on"} + changesTo(next));
-    if (version > 0)
-        database.execute({QString("insert into version values(%1)").arg(version)});
 }
 
 const QStringList newSchema{
@@ -177,7 +121,7 @@ void TestUpdateQc::reachesVersion3FromEveryVersion()
     QFETCH(int, stored);
     QFETCH(QStringList, log);
     const TestDatabase database("qc.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "qc", stored);
     const MessageRecorder recorder;
 
     const bool upgraded = upgrade(database);
@@ -245,7 +189,7 @@ void TestUpdateQc::failsAndKeepsTheFile()
     QFETCH(QStringList, failing);
     QFETCH(int, step);
     const TestDatabase database("qc.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "qc", stored);
     database.execute(obstacles);
     const QStringList before = database.content();
     const MessageRecorder recorder;
@@ -318,7 +262,7 @@ void TestUpdateQc::takesTheNameOfAnIndexOnAnotherTable()
     QFETCH(int, stored);
     QFETCH(QString, index);
     const TestDatabase database("qc.db");
-    makeAt(database, stored);
+    makeDatabaseAt(database, "qc", stored);
     database.execute({"drop index " + index, QString("create index %1 on qc(time)").arg(index)});
 
     const bool upgraded = upgrade(database);
@@ -330,7 +274,7 @@ void TestUpdateQc::takesTheNameOfAnIndexOnAnotherTable()
 void TestUpdateQc::fillsOnlyColumnsThatTheOldLayoutLacks()
 {
     const TestDatabase database("qc.db");
-    makeAt(database, 2);
+    makeDatabaseAt(database, "qc", 2);
     database.execute({"alter table subsetting add instrId text",
                       "alter table subsetting add execCheck integer",
                       "alter table subsetting add rule10x integer", "delete from subsetting",
@@ -363,7 +307,7 @@ void TestUpdateQc::keepsTheStorageClassThatTheColumnDemands()
 void TestUpdateQc::keepsTheStorageClassesOfTargetsAndRules()
 {
     const TestDatabase database("qc.db");
-    makeAt(database, 2);
+    makeDatabaseAt(database, "qc", 2);
     database.execute(
         {"drop table info", "create table info(id integer primary key, item, unit, x, sul, ul)",
          "insert into info values(1, 5, x'00ff', '7', '8.5', 'none')", "drop table subsetting",
