@@ -32,6 +32,24 @@ struct Result {
     QByteArray errors;
 };
 
+const QList<std::pair<QString, int>> newestVersions{
+    {"profile", 30}, {"data", 12}, {"qc", 3}, {"syslog", 4}};
+
+/// Makes a database file from the sample of the oldest layout.
+/// \param name for example "qc"
+void loadSample(const QString &name, const QString &path)
+{
+    const TestDatabase sample;
+    sample.load(name + "_v0.sql");
+    if (!QFile::copy(sample.path(), path))
+        qFatal("%s exists", qUtf8Printable(path));
+}
+
+int versionOf(const QString &path)
+{
+    return databaseRows(path, "select version from version").value(0).toInt();
+}
+
 } // namespace
 
 class TestVardo : public QObject {
@@ -51,7 +69,13 @@ private slots:
     void logsToStandardErrorWhenTheLogCannotBeOpened();
     void warnsOfMissingDatabasesAndSucceeds();
     void reportsAnUpgrade();
+    void upgradesAllFourWhereverTheyAre_data();
+    void upgradesAllFourWhereverTheyAre();
+    void upgradesThoseThatAreThere_data();
+    void upgradesThoseThatAreThere();
+    void logsEveryRunInOneFile();
     void stopsAtTheFirstFailure();
+    void keepsTheDatabasesBeforeTheFailure_data();
     void keepsTheDatabasesBeforeTheFailure();
     void waitsFiveSecondsForALock();
     void closesTheDatabases();
@@ -298,6 +322,98 @@ void TestVardo::reportsAnUpgrade()
     QCOMPARE(result.exitCode, 0);
 }
 
+void TestVardo::upgradesAllFourWhereverTheyAre_data()
+{
+    QTest::addColumn<QString>("prefix"); // within the working directory
+    QTest::addColumn<QString>("suffix");
+    QTest::addColumn<bool>("absolute");
+
+    QTest::newRow("the working directory") << ""
+                                           << "" << false;
+    QTest::newRow("a prefix and a suffix") << "a_"
+                                           << "_b" << false;
+    QTest::newRow("a folder below") << "lab/"
+                                    << "" << false;
+    QTest::newRow("an absolute folder") << "lab/"
+                                        << "" << true;
+    QTest::newRow("blanks") << "my lab/wb 1 "
+                            << " old" << true;
+    QTest::newRow("not ASCII") << "实验室/凝血仪-"
+                               << "_副本" << true;
+    QTest::newRow("not ASCII, relative") << "实验室/凝血仪-"
+                                         << "_副本" << false;
+    QTest::newRow("apostrophe and percent") << "O'Neill's %1/%2 100%"
+                                            << "%1's" << true;
+}
+
+void TestVardo::upgradesAllFourWhereverTheyAre()
+{
+    QFETCH(QString, prefix);
+    QFETCH(QString, suffix);
+    QFETCH(bool, absolute);
+    QVERIFY(QDir(folder->path()).mkpath(QFileInfo(path(prefix + "x")).path()));
+    for (const auto &[name, version] : newestVersions)
+        loadSample(name, path(prefix + name + suffix + ".db"));
+
+    const Result result =
+        run({"-p", absolute ? path(prefix) : prefix, "-s", suffix, path("log.txt")});
+
+    QCOMPARE(result.exitCode, 0);
+    for (const auto &[name, version] : newestVersions) {
+        const QString fileName = path(prefix + name + suffix + ".db");
+        QCOMPARE(versionOf(fileName), version);
+        QVERIFY(read("log.txt").contains("Debug: Updating " + fileName.toUtf8() + " ("));
+    }
+}
+
+void TestVardo::upgradesThoseThatAreThere_data()
+{
+    QTest::addColumn<int>("there"); // a bit for each of the four
+
+    for (int there = 0; there < 16; ++there)
+        QTest::addRow("%d%d%d%d", there & 1, there >> 1 & 1, there >> 2 & 1, there >> 3) << there;
+}
+
+void TestVardo::upgradesThoseThatAreThere()
+{
+    QFETCH(int, there);
+    for (int i = 0; i < newestVersions.size(); ++i) {
+        if ((there >> i & 1) != 0)
+            loadSample(newestVersions.at(i).first, path(newestVersions.at(i).first + ".db"));
+    }
+
+    const Result result = run({"log.txt"});
+
+    QCOMPARE(result.exitCode, 0);
+    for (int i = 0; i < newestVersions.size(); ++i) {
+        const auto &[name, version] = newestVersions.at(i);
+        const QString fileName = path(name + ".db");
+        if ((there >> i & 1) != 0)
+            QCOMPARE(versionOf(fileName), version);
+        else
+            QVERIFY(
+                read("log.txt").contains("File doesn't exist: " + fileName.toUtf8() + ", skipped"));
+        QCOMPARE(QFile::exists(fileName), (there >> i & 1) != 0);
+    }
+}
+
+void TestVardo::logsEveryRunInOneFile()
+{
+    for (const auto &[name, version] : newestVersions)
+        loadSample(name, path(name + ".db"));
+
+    run({"log.txt"});
+    const QByteArray first = read("log.txt");
+    run({"log.txt"});
+    const QByteArray second = read("log.txt").mid(first.size());
+    run({"log.txt"});
+
+    QCOMPARE(first.count("PASS"), 21 + 5 + 3 + 3);
+    QCOMPARE(second.count("SKIP"), 21 + 5 + 3 + 3);
+    QCOMPARE(second.count('\n'), 21 + 5 + 3 + 3 + 2 * 4);
+    QCOMPARE(read("log.txt"), first + second + second);
+}
+
 void TestVardo::stopsAtTheFirstFailure()
 {
     QDir(folder->path()).mkdir("profile.db");
@@ -313,23 +429,42 @@ void TestVardo::stopsAtTheFirstFailure()
     QCOMPARE(read("syslog.db"), before);
 }
 
+void TestVardo::keepsTheDatabasesBeforeTheFailure_data()
+{
+    QTest::addColumn<int>("failing"); // among the newest versions
+
+    for (int i = 0; i < newestVersions.size(); ++i)
+        QTest::newRow(qUtf8Printable(newestVersions.at(i).first)) << i;
+}
+
 void TestVardo::keepsTheDatabasesBeforeTheFailure()
 {
-    const TestDatabase data("data.db");
-    data.load("data_v0.sql");
-    QVERIFY(QFile::copy(data.path(), path("data.db")));
-    executeOn(path("qc.db"), {"create table no_reagent(id)"});
-    executeOn(path("syslog.db"), {"create table assay(time text)"});
-    const QStringList qc = databaseContent(path("qc.db"));
-    const QByteArray syslog = read("syslog.db");
+    QFETCH(int, failing);
+    const QStringList obstacles{"drop table curvePoint", "drop table department",
+                                "drop table reagent", "drop table assay"};
+    for (const auto &[name, version] : newestVersions)
+        loadSample(name, path(name + ".db"));
+    const QString failingName = newestVersions.at(failing).first + ".db";
+    executeOn(path(failingName), {obstacles.at(failing)});
+    const QStringList contentBefore = databaseContent(path(failingName));
+    QList<QByteArray> before;
+    for (const auto &[name, version] : newestVersions)
+        before << read(name + ".db");
 
     const Result result = run({"log.txt"});
 
     QCOMPARE(result.exitCode, 1);
-    QCOMPARE(databaseRows(path("data.db"), "select * from version"), QStringList{"12"});
-    QCOMPARE(databaseContent(path("qc.db")), qc);
-    QCOMPARE(read("syslog.db"), syslog);
-    QVERIFY(read("log.txt").endsWith("Debug: update_v1() : FAIL ((null):0, (null))\n"));
+    QCOMPARE(read("log.txt").count("Updating"), failing + 1);
+    QCOMPARE(read("log.txt").count("FAIL"), 1);
+    QVERIFY(read("log.txt").endsWith(": FAIL ((null):0, (null))\n"));
+    QCOMPARE(databaseContent(path(failingName)), contentBefore);
+    for (int i = 0; i < newestVersions.size(); ++i) {
+        const auto &[name, version] = newestVersions.at(i);
+        if (i < failing)
+            QCOMPARE(versionOf(path(name + ".db")), version);
+        else if (i > failing)
+            QCOMPARE(read(name + ".db"), before.at(i));
+    }
 }
 
 void TestVardo::waitsFiveSecondsForALock()
