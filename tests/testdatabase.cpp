@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -131,6 +132,16 @@ QStringList TestDatabase::schema() const
         statement = statement.simplified();
     return schema.replaceInStrings("( ", "(").replaceInStrings(" )", ")").replaceInStrings(" ,",
                                                                                            ",");
+}
+
+QStringList TestDatabase::comparableSchema() const
+{
+    static const QRegularExpression quotedTable("^CREATE TABLE \"(\\w+)\"");
+    QStringList comparable = schema();
+    comparable.replaceInStrings(quotedTable, R"(CREATE TABLE \1)")
+        .replaceInStrings(" (", "(")
+        .sort();
+    return comparable;
 }
 
 QStringList TestDatabase::content() const

@@ -30,6 +30,10 @@ public:
     ///         and name, with single blanks and none inside of brackets or before a comma
     QStringList schema() const;
 
+    /// \return the schema as by schema(), ordered by its statements, without what a rename or an added
+    ///         column leaves in a statement's layout
+    QStringList comparableSchema() const;
+
     /// \return all that is in the file: the schema's statements as they are stored, then the rows of
     ///         every table
     QStringList content() const;

@@ -220,19 +220,11 @@ QStringList linesOfTheEngine(const QStringList &log)
     return log.filter(QRegularExpression("^Debug: Updat|^Debug: update_v|^Debug: Failed"));
 }
 
-/// \return the schema without what a rename or an added column leaves in the layout of a statement
-QStringList comparable(QStringList schema)
-{
-    static const QRegularExpression quotedTable("^CREATE TABLE \"(\\w+)\"");
-    schema.replaceInStrings(quotedTable, R"(CREATE TABLE \1)").replaceInStrings(" (", "(").sort();
-    return schema;
-}
-
 QStringList referenceSchema(const QString &name)
 {
     const TestDatabase reference;
     reference.load("../docs/schema/" + name + ".sql");
-    return comparable(reference.schema());
+    return reference.comparableSchema();
 }
 
 /// \return a query for the rows that refer to a row which does not exist
@@ -320,7 +312,7 @@ void TestEveryStart::everyVersionIsUpgraded()
 
     QCOMPARE(first.exitCode, 0);
     QCOMPARE(linesOfTheEngine(first.log), expectedLog(database, kind, stored));
-    QCOMPARE(comparable(database.schema()), referenceSchema(name));
+    QCOMPARE(database.comparableSchema(), referenceSchema(name));
     QCOMPARE(database.rows("select * from pragma_integrity_check"), QStringList{"'ok'"});
     for (const QString &reference : database.rows(brokenReferencesOf(name, stored)))
         QVERIFY2(brokenReferences.contains(reference), qUtf8Printable(reference));
