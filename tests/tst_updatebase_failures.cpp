@@ -746,6 +746,13 @@ QByteArray damage(const TestDatabase &database)
     return database.bytes();
 }
 
+/// Runs its step without the check that would find the damage: as if it came after the check.
+class UncheckedUpdater : public StepUpdater {
+public:
+    using StepUpdater::StepUpdater;
+    bool upgrade() override { return update_v1(); }
+};
+
 } // namespace
 
 void TestFailures::aDamagedPageEndsTheCopy_data()
@@ -763,7 +770,7 @@ void TestFailures::aDamagedPageEndsTheCopy()
     database.execute(manyPatients);
     const QByteArray before = damage(database);
     const MessageRecorder recorder;
-    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+    UncheckedUpdater updater(database.path(), [&](StepUpdater &step) {
         const auto keep = [](QSqlRecord &) {};
         (void)step.copyTable("patient", "patient_new", {}, {},
                              adjusted ? keep : std::function<void(QSqlRecord &)>());
@@ -774,7 +781,7 @@ void TestFailures::aDamagedPageEndsTheCopy()
 
     QVERIFY(!upgraded);
     QCOMPARE(database.bytes(), before);
-    QCOMPARE(recorder.messages().size(), 3);
+    QCOMPARE(recorder.messages().size(), 2);
     QVERIFY2(recorder.messages().at(1).contains("database disk image is malformed"),
              qUtf8Printable(recorder.messages().at(1)));
 }
@@ -786,7 +793,7 @@ void TestFailures::aDamagedPageEndsTheReading()
     const QByteArray before = damage(database);
     const MessageRecorder recorder;
     int rows = 0;
-    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+    UncheckedUpdater updater(database.path(), [&](StepUpdater &step) {
         QSqlQuery query;
         query.setForwardOnly(true);
         (void)(query.exec("select * from patient") && step.readRows(query, SOURCE_LINE, [&] {
@@ -802,10 +809,9 @@ void TestFailures::aDamagedPageEndsTheReading()
     QVERIFY(rows > 0 && rows < 2000);
     QCOMPARE(database.bytes(), before);
     QCOMPARE(recorder.messages().mid(1),
-             QStringList({warning
-                              + "\"database disk image is malformed Unable to fetch row\" : "
-                                "[ \"select * from patient\" ]",
-                          "Debug: update_v1() : FAIL"}));
+             QStringList{warning
+                         + "\"database disk image is malformed Unable to fetch row\" : "
+                           "[ \"select * from patient\" ]"});
 }
 
 QTEST_GUILESS_MAIN(TestFailures)

@@ -161,17 +161,18 @@ UpdateBase::UpdateBase(const QString &path, QObject *parent)
     QSqlDatabase::removeDatabase(QSqlDatabase::defaultConnection);
 
     const QFileInfo file(path);
+    filePath = file.absoluteFilePath();
     if (!file.exists()) {
-        qWarning("File doesn't exist: %s, skipped", qUtf8Printable(file.absoluteFilePath()));
+        qWarning("File doesn't exist: %s, skipped", qUtf8Printable(filePath));
         skipped = true;
         return;
     }
 
-    qDebug("Updating %s", qUtf8Printable(file.absoluteFilePath()));
+    qDebug("Updating %s", qUtf8Printable(filePath));
     // SQLite takes a name that begins with "file:" for a URI, that is for another file.
     const bool looksLikeUri = path.startsWith("file:", Qt::CaseInsensitive);
     QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE");
-    database.setDatabaseName(looksLikeUri ? file.absoluteFilePath() : path);
+    database.setDatabaseName(looksLikeUri ? filePath : path);
     if (const QSqlError error = openConnection(); error.isValid()) {
         qWarning("Can't open %s: %s", qUtf8Printable(path), qUtf8Printable(error.text()));
         return;
@@ -254,6 +255,9 @@ bool UpdateBase::upgrade()
         return true;
     }
 
+    if (version < steps.lastKey() && !isSound())
+        return false;
+
     for (auto step = steps.begin(); step != steps.end(); ++step) {
         const QByteArray signature = step->methodSignature();
         if (version >= step.key()) {
@@ -275,6 +279,37 @@ bool UpdateBase::upgrade()
         return false;
     }
     qDebug() << "Updated version to" << newVersion;
+    return true;
+}
+
+bool UpdateBase::isSound()
+{
+    // Values that break a constraint or are not of their column's type: older software wrote them, and
+    // the file itself is sound.
+    static const QRegularExpression aboutAValue(R"(^(CHECK constraint failed in |\S+ value in ))");
+
+    // The first finding tells nearly always; if it is about a value, one of the others may not be.
+    for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
+        QSqlQuery check;
+        check.setForwardOnly(true);
+        if (check.exec(sql)) {
+            while (check.next()) {
+                QString finding = check.value(0).toString();
+                if (finding == "ok")
+                    return true;
+                if (aboutAValue.match(finding).hasMatch())
+                    continue;
+                qWarning("Database %s is damaged: %s", qUtf8Printable(filePath),
+                         qUtf8Printable(finding.replace('\n', ' ')));
+                return false;
+            }
+        }
+        if (check.lastError().isValid()) {
+            // an unknown collation or function, say, which the steps may not need
+            logUnlessContentError(check, SOURCE_LINE);
+            return !isAbandoned();
+        }
+    }
     return true;
 }
 

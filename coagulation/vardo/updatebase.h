@@ -76,7 +76,8 @@ public:
     ///         it was and the log tells why
     [[nodiscard]] bool run();
 
-    /// The loop over the steps; logs each with PASS, FAIL or SKIP and stores the new version.
+    /// The loop over the steps; logs each with PASS, FAIL or SKIP and stores the new version. A file
+    /// that SQLite finds damaged gets no step.
     /// \return false at the first failure
     virtual bool upgrade();
 
@@ -144,6 +145,7 @@ private:
 
     [[nodiscard]] bool beginTransaction();
     void readVersion();
+    [[nodiscard]] bool isSound();
     void rollBack();
     bool endsRun(const QSqlError &error) const;
     bool isAbandoned() const { return transaction == Transaction::Abandoned; }
@@ -151,6 +153,7 @@ private:
                                         const QSqlRecord &defaults, const QStringList &excluded,
                                         const std::function<void(QSqlRecord &)> &adjust);
 
+    QString filePath;        ///< absolute
     int versionToRecord = 0; ///< recorded instead of the highest step number when above 0
     bool skipped = false;    ///< the file does not exist
     Transaction transaction = Transaction::None;
