@@ -165,6 +165,7 @@ private slots:
     void showsTheOldResultsThroughTheView_data();
     void showsTheOldResultsThroughTheView();
     void showsTheCheckedVersionOfAResult();
+    void keepsAViewThatVersion4MayHaveGot();
     void storesRequestsAsNotFinished();
     void changesNothingInASecondRun();
 };
@@ -647,6 +648,20 @@ void TestUpdateData::showsTheCheckedVersionOfAResult()
     QVERIFY(upgraded);
     QCOMPARE(database.rows("select id, result from result where patientId = 1 order by id"),
              QStringList({"2, 1.07", "3, 31.0", "30, 11.5"}));
+}
+
+void TestUpdateData::keepsAViewThatVersion4MayHaveGot()
+{
+    const TestDatabase database("data.db");
+    makeDatabaseAt(database, "data", 4);
+    const QString view = "CREATE VIEW result as select * from results where flag = 0";
+    database.execute({"drop view result", view});
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(database.rows("select sql from sqlite_master where name = 'result'"),
+             QStringList{'\'' + view + '\''});
 }
 
 void TestUpdateData::storesRequestsAsNotFinished()
