@@ -230,7 +230,7 @@ QStringList referenceSchema(const QString &name)
 /// \return a query for the rows that refer to a row which does not exist
 QString brokenReferencesOf(const QString &name, int stored)
 {
-    const QString all = "select * from pragma_foreign_key_check";
+    QString all = "select * from pragma_foreign_key_check";
     // The row of the anti-Xa template does not go into the table of versions 8 and 9; what refers to
     // it does.
     if (name != "profile" || (stored != 8 && stored != 9))

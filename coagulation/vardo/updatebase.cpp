@@ -97,6 +97,21 @@ bool isTransactionOpen()
     return false;
 }
 
+/// \param check the executed "pragma integrity_check"
+/// \return its first row that is not about a value which breaks a constraint or is not of its column's
+///         type: older software wrote such values, and the file itself is sound
+QString findingNotAboutAValue(QSqlQuery &check)
+{
+    static const QRegularExpression aboutAValue(R"(^(CHECK constraint failed in |\S+ value in ))");
+
+    while (check.next()) {
+        const QString finding = check.value(0).toString();
+        if (!aboutAValue.match(finding).hasMatch())
+            return finding;
+    }
+    return {};
+}
+
 QSqlRecord withoutColumns(QSqlRecord record, const QStringList &columns)
 {
     for (const QString &column : columns)
@@ -284,25 +299,17 @@ bool UpdateBase::upgrade()
 
 bool UpdateBase::isSound()
 {
-    // Values that break a constraint or are not of their column's type: older software wrote them, and
-    // the file itself is sound.
-    static const QRegularExpression aboutAValue(R"(^(CHECK constraint failed in |\S+ value in ))");
-
     // The first finding tells nearly always; if it is about a value, one of the others may not be.
     for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
         QSqlQuery check;
         check.setForwardOnly(true);
-        if (check.exec(sql)) {
-            while (check.next()) {
-                QString finding = check.value(0).toString();
-                if (finding == "ok")
-                    return true;
-                if (aboutAValue.match(finding).hasMatch())
-                    continue;
-                qWarning("Database %s is damaged: %s", qUtf8Printable(filePath),
-                         qUtf8Printable(finding.replace('\n', ' ')));
-                return false;
-            }
+        QString finding = check.exec(sql) ? findingNotAboutAValue(check) : QString();
+        if (finding == "ok")
+            return true;
+        if (!finding.isEmpty()) {
+            qWarning("Database %s is damaged: %s", qUtf8Printable(filePath),
+                     qUtf8Printable(finding.replace('\n', ' ')));
+            return false;
         }
         if (check.lastError().isValid()) {
             // an unknown collation or function, say, which the steps may not need
