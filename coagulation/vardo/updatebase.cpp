@@ -105,7 +105,7 @@ QString findingNotAboutAValue(QSqlQuery &check)
     static const QRegularExpression aboutAValue(R"(^(CHECK constraint failed in |\S+ value in ))");
 
     while (check.next()) {
-        const QString finding = check.value(0).toString();
+        QString finding = check.value(0).toString();
         if (!aboutAValue.match(finding).hasMatch())
             return finding;
     }
