@@ -196,7 +196,7 @@ private slots:
     void waitsForALockToGo();
     void failsToStartWhileAnotherWrites();
     void failsToCommitWhileAnotherReads();
-    void failsToCommitATransactionThatAStepEnded();
+    void writesNothingOnceTheTransactionHasEnded();
 };
 
 void TestUpdateBase::init()
@@ -771,10 +771,11 @@ void TestUpdateBase::failsToCommitWhileAnotherReads()
     QCOMPARE(database.content(), before);
 }
 
-void TestUpdateBase::failsToCommitATransactionThatAStepEnded()
+void TestUpdateBase::writesNothingOnceTheTransactionHasEnded()
 {
     const TestDatabase database;
     database.execute(versionTable(0));
+    const QByteArray before = database.bytes();
     const MessageRecorder recorder;
     StepUpdater updater(database.path(),
                         [](StepUpdater &step) { return step.exec(SOURCE_LINE, "rollback"); });
@@ -782,9 +783,11 @@ void TestUpdateBase::failsToCommitATransactionThatAStepEnded()
     const bool upgraded = updater.run();
 
     QVERIFY(!upgraded);
-    QCOMPARE(recorder.messages().constLast(),
-             QString("Warning: Failed to commit: \"cannot commit - no transaction is active"
-                     " Unable to commit transaction\""));
+    QCOMPARE(database.bytes(), before);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({"Warning: The transaction has ended, most likely for want of memory: "
+                              + database.path(),
+                          "Debug: update_v1() : FAIL"}));
 }
 
 QTEST_GUILESS_MAIN(TestUpdateBase)

@@ -85,16 +85,19 @@ QSqlError openConnection()
     return {};
 }
 
-/// SQLite ends a transaction by itself after some failures; "begin" succeeds only then.
-bool isTransactionOpen()
+/// What a second "begin" tells of the transaction: SQLite ends one by itself after some failures, and
+/// the second "begin", when it finds no memory, can be such a failure.
+enum class Probe { Open, Ended, Failed };
+
+Probe probeTransaction()
 {
     if (!connection().isOpen())
-        return false;
+        return Probe::Ended;
     QSqlQuery probe;
     if (!probe.exec("begin"))
-        return true;
+        return isEnvironmentError(probe.lastError()) ? Probe::Failed : Probe::Open;
     probe.exec("rollback");
-    return false;
+    return Probe::Ended;
 }
 
 /// \param check the executed "pragma integrity_check"
@@ -252,7 +255,7 @@ bool UpdateBase::beginTransaction()
 
 void UpdateBase::rollBack()
 {
-    if (!isTransactionOpen())
+    if (probeTransaction() == Probe::Ended)
         return;
     QSqlDatabase database = connection();
     if (!database.rollback()) {
@@ -354,17 +357,13 @@ void UpdateBase::tryAll(std::initializer_list<Statement> statements)
 
 void UpdateBase::logSqlError(const QSqlQuery &query, const char *sourceFile, int line)
 {
-    if (isAbandoned())
+    if (transaction == Transaction::Abandoned)
         return;
     qWarning() << sourceFile << "(" << line << "): " << query.lastError().text() << ": ["
                << query.lastQuery() << "]";
 
-    if (endsRun(query.lastError())) {
-        rollBack();
-        transaction = Transaction::Abandoned;
-        // Nothing that a step still runs by itself may reach the file.
-        QSqlQuery().exec("pragma query_only=on");
-    }
+    if (endsRun(query.lastError()))
+        abandon();
 }
 
 void UpdateBase::logUnlessContentError(const QSqlQuery &query, const char *sourceFile, int line)
@@ -373,9 +372,28 @@ void UpdateBase::logUnlessContentError(const QSqlQuery &query, const char *sourc
         logSqlError(query, sourceFile, line);
 }
 
+void UpdateBase::abandon()
+{
+    rollBack();
+    transaction = Transaction::Abandoned;
+    // Nothing that a step still runs by itself may reach the file.
+    QSqlQuery().exec("pragma query_only=on");
+}
+
+bool UpdateBase::isAbandoned()
+{
+    if (transaction == Transaction::Open && probeTransaction() != Probe::Open) {
+        qWarning("The transaction has ended, most likely for want of memory: %s",
+                 qUtf8Printable(filePath));
+        abandon();
+    }
+    return transaction == Transaction::Abandoned;
+}
+
 bool UpdateBase::endsRun(const QSqlError &error) const
 {
-    return transaction == Transaction::Open && (isEnvironmentError(error) || !isTransactionOpen());
+    return transaction == Transaction::Open
+        && (isEnvironmentError(error) || probeTransaction() != Probe::Open);
 }
 
 bool UpdateBase::readRows(QSqlQuery &query, const char *sourceFile, int line,
@@ -413,6 +431,8 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     QSqlRecord row = withoutColumns(rows.record(), excluded);
     setDefaults(row, defaults);
     rows.finish();
+    if (isAbandoned())
+        return false;
     QStringList columns;
     QStringList values;
     QVariantList bound;

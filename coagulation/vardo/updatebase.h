@@ -148,7 +148,11 @@ private:
     [[nodiscard]] bool isSound();
     void rollBack();
     bool endsRun(const QSqlError &error) const;
-    bool isAbandoned() const { return transaction == Transaction::Abandoned; }
+    void abandon();
+    /// Every operation asks first, or it would write outside of the transaction. SQLite may have ended
+    /// that without letting a statement fail: if a value finds no memory on its way to the driver, it
+    /// tells so only when its query is finished, which the driver does not report.
+    [[nodiscard]] bool isAbandoned();
     [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,
                                         const QSqlRecord &defaults, const QStringList &excluded,
                                         const std::function<void(QSqlRecord &)> &adjust);
