@@ -74,6 +74,8 @@ private slots:
 
     void refusesAnIndexThatLacksARow();
     void refusesAPageOfGarbage();
+    void refusesAMalformedSchema_data();
+    void refusesAMalformedSchema();
     void logsAFindingInOneLine();
     void reportsTheAbsolutePath();
     void findsDamageBehindFindingsAboutValues_data();
@@ -125,6 +127,38 @@ void TestUpdateBaseDamage::refusesAPageOfGarbage()
     QVERIFY(!outcome.stepRan);
     QCOMPARE(outcome.messages.size(), 2);
     QVERIFY(outcome.messages.constLast().startsWith(damageLine(database, "")));
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestUpdateBaseDamage::refusesAMalformedSchema_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QString>("finding");
+
+    // Both stop the reading of the version already.
+    QTest::newRow("a statement that is none")
+        << "update sqlite_master set sql = 'CREATE GARBAGE' where name = 'early'"
+        << "malformed database schema (early) - near \"GARBAGE\": syntax error";
+    QTest::newRow("a table on a page that is not there")
+        << "update sqlite_master set rootpage = 1000 where name = 'early'"
+        << "malformed database schema (early) - invalid rootpage";
+}
+
+void TestUpdateBaseDamage::refusesAMalformedSchema()
+{
+    QFETCH(QString, change);
+    QFETCH(QString, finding);
+    const TestDatabase database;
+    database.execute({versionTable, "create table early(a)"});
+    database.execute({"pragma writable_schema=on", change});
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages,
+             QStringList({"Debug: Updating " + database.path(), damageLine(database, finding)}));
     QCOMPARE(database.bytes(), before);
 }
 

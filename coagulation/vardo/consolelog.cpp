@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QLoggingCategory>
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 
@@ -84,8 +85,12 @@ void shieldLogFromEnvironment()
 void openLog(const QString &fileName)
 {
     logFile = openForAppending(fileName);
-    if (logFile != nullptr)
-        qInstallMessageHandler(writeToLog);
+    if (logFile == nullptr)
+        return;
+    // large enough to write most logs at once, so that two runs do not tear each other's lines
+    static std::array<char, 0x10000> buffer;
+    std::setvbuf(logFile, buffer.data(), _IOFBF, buffer.size());
+    qInstallMessageHandler(writeToLog);
 }
 
 void closeLog()

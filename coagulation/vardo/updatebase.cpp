@@ -18,6 +18,14 @@ namespace coagulation {
 
 namespace {
 
+constexpr int patience =
+    5000; ///< ms of waiting for a lock, what the driver takes unless told otherwise
+
+int primaryCode(const QSqlError &error)
+{
+    return error.nativeErrorCode().toInt() & 0xff; // the other bits tell details
+}
+
 /// \return true for a failure that has nothing to do with what is in the database
 bool isEnvironmentError(const QSqlError &error)
 {
@@ -39,8 +47,15 @@ bool isEnvironmentError(const QSqlError &error)
         22, // no large files
         26, // not a database
     };
-    const int primaryCode = error.nativeErrorCode().toInt() & 0xff;
-    return std::find(codes.begin(), codes.end(), primaryCode) != codes.end();
+    return std::find(codes.begin(), codes.end(), primaryCode(error)) != codes.end();
+}
+
+/// \return true when SQLite says by the failure that the file is damaged
+bool isDamage(const QSqlError &error)
+{
+    constexpr int corrupt = 11;
+    constexpr int notADatabase = 26;
+    return primaryCode(error) == corrupt || primaryCode(error) == notADatabase;
 }
 
 /// \return the methods update_v<N>() that the object's class itself declares, by N
@@ -71,9 +86,11 @@ QSqlError openConnection()
     if (!database.open())
         return database.lastError();
 
-    // Without the first, a trigger or view that names a missing table makes every rename of a table
-    // fail. The second is SQLite's own default, which a build of it may change.
-    for (const char *setting : {"pragma legacy_alter_table=on", "pragma foreign_keys=off"}) {
+    // The version read here is read again in the transaction, so that it need not wait for a lock.
+    // Without the second, a trigger or view that names a missing table makes every rename of a table
+    // fail. The third is SQLite's own default, which a build of it may change.
+    for (const char *setting :
+         {"pragma busy_timeout=0", "pragma legacy_alter_table=on", "pragma foreign_keys=off"}) {
         QSqlQuery query;
         if (!query.exec(setting)) {
             QSqlError error = query.lastError();
@@ -83,6 +100,12 @@ QSqlError openConnection()
         }
     }
     return {};
+}
+
+/// \param milliseconds how long statements wait for another program to release its lock
+void waitForLocks(int milliseconds)
+{
+    QSqlQuery().exec(QString("pragma busy_timeout=%1").arg(milliseconds));
 }
 
 /// What a second "begin" tells of the transaction: SQLite ends one by itself after some failures, and
@@ -205,7 +228,7 @@ void UpdateBase::readVersion()
     const bool read = query.exec("select version from version order by version desc");
     version = read && query.next() ? query.value(0).toInt() : 0;
     if (!read)
-        logUnlessContentError(query, SOURCE_LINE);
+        logFailedCheck(query, SOURCE_LINE);
 }
 
 bool UpdateBase::run()
@@ -225,6 +248,7 @@ bool UpdateBase::run()
         return false;
     if (upgraded) {
         QSqlDatabase database = connection();
+        waitForLocks(patience);
         if (database.commit()) {
             transaction = Transaction::None;
             return true;
@@ -241,9 +265,13 @@ bool UpdateBase::beginTransaction()
     QSqlError error = connection().isOpen() ? QSqlError() : openConnection();
     if (!error.isValid()) {
         // Immediate, so that a lock of the analyser software is met here and not within a step.
+        waitForLocks(patience);
         QSqlQuery begin;
         if (!begin.exec("begin immediate"))
             error = begin.lastError();
+        // As long as a reader is there, changed pages stay in memory. To wait each time that SQLite
+        // tries to write some into the file would take forever; the commit waits.
+        waitForLocks(0);
     }
     if (error.isValid()) {
         qWarning() << "Failed to start transaction:" << error.text();
@@ -273,7 +301,7 @@ bool UpdateBase::upgrade()
         return true;
     }
 
-    if (version < steps.lastKey() && !isSound())
+    if (version != steps.lastKey() && !isSound())
         return false;
 
     for (auto step = steps.begin(); step != steps.end(); ++step) {
@@ -289,6 +317,10 @@ bool UpdateBase::upgrade()
         if (!passed)
             return false;
     }
+
+    // A changed value that is not of its column's type may not be found in an index any more.
+    if (hasOddValues && !isSound())
+        return false;
 
     // also when every step was skipped: a version above the newest step is lowered to it
     const int newVersion = versionToRecord > 0 ? versionToRecord : steps.lastKey();
@@ -306,21 +338,58 @@ bool UpdateBase::isSound()
     for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
         QSqlQuery check;
         check.setForwardOnly(true);
-        QString finding = check.exec(sql) ? findingNotAboutAValue(check) : QString();
+        const QString finding = check.exec(sql) ? findingNotAboutAValue(check) : QString();
         if (finding == "ok")
-            return true;
+            return isSchemaSound();
         if (!finding.isEmpty()) {
-            qWarning("Database %s is damaged: %s", qUtf8Printable(filePath),
-                     qUtf8Printable(finding.replace('\n', ' ')));
+            reportDamage(finding);
             return false;
         }
         if (check.lastError().isValid()) {
-            // an unknown collation or function, say, which the steps may not need
-            logUnlessContentError(check, SOURCE_LINE);
+            // else an unknown collation or function, say, which the steps may not need
+            logFailedCheck(check, SOURCE_LINE);
             return !isAbandoned();
         }
+        hasOddValues = true;
     }
-    return true;
+    return isSchemaSound();
+}
+
+bool UpdateBase::isSchemaSound()
+{
+    // SQLite reads these names in any case, but finds what a statement changes by the exact ones: the
+    // change would be left out without a failure.
+    QSqlQuery entries;
+    entries.setForwardOnly(true);
+    if (!entries.exec("select type || ' ' || name from sqlite_master as entry"
+                      " where type not in ('table', 'index', 'trigger', 'view')"
+                      " or (type in ('table', 'view') and tbl_name <> name)"
+                      " or (type = 'index' and not exists (select 1 from sqlite_master"
+                      " where type = 'table' and name = entry.tbl_name))"
+                      " or (name not glob '*[\"''`]*' and instr(sql, name) = 0)")) {
+        logFailedCheck(entries, SOURCE_LINE);
+        return !isAbandoned();
+    }
+    if (!entries.next())
+        return !isAbandoned();
+    reportDamage("misspelt entry of the schema: " + entries.value(0).toString());
+    return false;
+}
+
+void UpdateBase::reportDamage(QString finding) const
+{
+    qWarning("Database %s is damaged: %s", qUtf8Printable(filePath),
+             qUtf8Printable(finding.replace('\n', ' ')));
+}
+
+void UpdateBase::logFailedCheck(const QSqlQuery &query, const char *sourceFile, int line)
+{
+    if (transaction != Transaction::Open || !isDamage(query.lastError())) {
+        logUnlessContentError(query, sourceFile, line);
+        return;
+    }
+    reportDamage(query.lastError().databaseText());
+    abandon();
 }
 
 bool UpdateBase::exec(const char *sourceFile, int line, const QString &sql,

@@ -77,7 +77,7 @@ public:
     [[nodiscard]] bool run();
 
     /// The loop over the steps; logs each with PASS, FAIL or SKIP and stores the new version. A file
-    /// that SQLite finds damaged gets no step.
+    /// that is not at the newest version and that SQLite finds damaged is left as it is.
     /// \return false at the first failure
     virtual bool upgrade();
 
@@ -146,6 +146,10 @@ private:
     [[nodiscard]] bool beginTransaction();
     void readVersion();
     [[nodiscard]] bool isSound();
+    [[nodiscard]] bool isSchemaSound();
+    void reportDamage(QString finding) const;
+    /// Of a query before the first step, where SQLite's finding the file damaged is what is looked for.
+    void logFailedCheck(const QSqlQuery &query, const char *sourceFile, int line);
     void rollBack();
     bool endsRun(const QSqlError &error) const;
     void abandon();
@@ -157,9 +161,10 @@ private:
                                         const QSqlRecord &defaults, const QStringList &excluded,
                                         const std::function<void(QSqlRecord &)> &adjust);
 
-    QString filePath;        ///< absolute
-    int versionToRecord = 0; ///< recorded instead of the highest step number when above 0
-    bool skipped = false;    ///< the file does not exist
+    QString filePath;          ///< absolute
+    int versionToRecord = 0;   ///< recorded instead of the highest step number when above 0
+    bool skipped = false;      ///< the file does not exist
+    bool hasOddValues = false; ///< the check found values that are not of their columns' types
     Transaction transaction = Transaction::None;
 };
 
