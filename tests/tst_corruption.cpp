@@ -1,0 +1,683 @@
+/// Old databases that are damaged at random, given to the real binary: it must end, leave what it
+/// refuses as it was, and lose nothing in what it upgrades.
+///
+/// The environment variables VARDO_CORRUPTIONS (of each database), VARDO_CORRUPTION_SEED and
+/// VARDO_CORRUPTION_CASE (the only one that is run) change what is tried.
+
+#include "corruption.h"
+#include "olddatabases.h"
+
+#include <QDir>
+#include <QMap>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtConcurrent>
+#include <QtTest>
+
+#include <sqlite3.h>
+
+#include <array>
+#include <functional>
+#include <limits>
+#include <numeric>
+
+namespace {
+
+constexpr int timeLimit = 60000; ///< in ms, for what takes some 50
+
+using Rows = QMap<qint64, QByteArray>; ///< by row id, each as its typed values
+
+QByteArray literal(sqlite3_stmt *row, int column)
+{
+    const int type = sqlite3_column_type(row, column);
+    if (type == SQLITE_NULL)
+        return "null";
+    if (type == SQLITE_INTEGER)
+        return QByteArray::number(sqlite3_column_int64(row, column));
+    if (type == SQLITE_FLOAT)
+        return QByteArray::number(sqlite3_column_double(row, column), 'e', 17);
+    const auto *data = static_cast<const char *>(sqlite3_column_blob(row, column));
+    const QByteArray bytes(data, sqlite3_column_bytes(row, column));
+    return type == SQLITE_TEXT ? '\'' + bytes + '\'' : "x'" + bytes.toHex() + '\'';
+}
+
+QByteArray quoted(QByteArray name)
+{
+    return '"' + name.replace('"', "\"\"") + '"';
+}
+
+/// A database file, opened without any of the tool's own code.
+class Sqlite {
+public:
+    explicit Sqlite(const QString &path)
+    {
+        sqlite3_open_v2(path.toUtf8().constData(), &handle,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    }
+    ~Sqlite() { sqlite3_close(handle); }
+    Q_DISABLE_COPY_MOVE(Sqlite)
+
+    /// \param row called for each row that can be read
+    /// \return SQLite's result code
+    int run(const QByteArray &sql, const std::function<void(sqlite3_stmt *)> &row = {}) const
+    {
+        sqlite3_stmt *statement = nullptr;
+        const int prepared = sqlite3_prepare_v2(handle, sql.constData(), -1, &statement, nullptr);
+        if (prepared != SQLITE_OK)
+            return prepared;
+        while (sqlite3_step(statement) == SQLITE_ROW) {
+            if (row)
+                row(statement);
+        }
+        return sqlite3_finalize(statement);
+    }
+
+    /// \return the first values of the rows that can be read
+    QByteArrayList column(const QByteArray &sql) const
+    {
+        QByteArrayList values;
+        run(sql, [&values](sqlite3_stmt *row) {
+            const auto *data = static_cast<const char *>(sqlite3_column_blob(row, 0));
+            values << QByteArray(data, sqlite3_column_bytes(row, 0));
+        });
+        return values;
+    }
+
+    QByteArrayList tables() const
+    {
+        return column("select distinct name from sqlite_master where type = 'table' order by name");
+    }
+
+    /// Reads a table from both its ends, so that a damaged page hides no more than itself.
+    /// \param row called for each row that can be read, with the row's id before its values
+    void scan(const QByteArray &table, const std::function<void(sqlite3_stmt *)> &row) const
+    {
+        for (const char *order : {"asc", "desc"})
+            run("select rowid, * from " + quoted(table) + " not indexed order by rowid " + order,
+                row);
+    }
+
+    Rows rows(const QByteArray &table) const
+    {
+        Rows rows;
+        scan(table, [&rows](sqlite3_stmt *row) {
+            QByteArrayList values;
+            for (int column = 1; column < sqlite3_column_count(row); ++column)
+                values << literal(row, column);
+            rows.insert(sqlite3_column_int64(row, 0), values.join(", "));
+        });
+        return rows;
+    }
+
+    /// \return what SQLite's check finds; its failure is a finding, too
+    QByteArrayList findings() const
+    {
+        QByteArrayList findings;
+        const int code = run("pragma integrity_check(2147483647)", [&](sqlite3_stmt *row) {
+            const auto *text = sqlite3_column_text(row, 0);
+            // one row may hold several findings, a line each
+            findings << QByteArray(reinterpret_cast<const char *>(text)).split('\n');
+        });
+        if (code != SQLITE_OK)
+            findings << "check fails: " + QByteArray::number(code);
+        return findings;
+    }
+
+    sqlite3 *handle = nullptr;
+};
+
+/// \return all of a database that can be read: the schema, then each table's rows in their order
+QByteArrayList readable(const QString &path)
+{
+    const Sqlite database(path);
+    QByteArrayList lines;
+    database.run("select type, name, tbl_name, sql from sqlite_master order by 1, 2, 3, 4",
+                 [&lines](sqlite3_stmt *row) {
+                     lines << literal(row, 0) + literal(row, 1) + literal(row, 2) + literal(row, 3);
+                 });
+    for (const QByteArray &table : database.tables())
+        lines << table << database.rows(table).values();
+    return lines;
+}
+
+/// Makes a sound database of each statement and row that can be read, by no more than plain reading.
+void copyRowByRow(const Sqlite &damaged, const QString &path)
+{
+    const Sqlite copy(path);
+    copy.run("begin");
+    for (const QByteArray &sql : damaged.column(
+             "select sql from sqlite_master where type = 'table' and name not like 'sqlite%'"))
+        copy.run(sql);
+    for (const QByteArray &table : damaged.tables()) {
+        const auto insert = [&copy, &table](sqlite3_stmt *row) {
+            sqlite3_stmt *statement = nullptr;
+            QByteArray places = ",?";
+            places = places.repeated(sqlite3_column_count(row) - 1).mid(1);
+            sqlite3_prepare_v2(
+                copy.handle,
+                ("insert or ignore into " + quoted(table) + " values(" + places + ')').constData(),
+                -1, &statement, nullptr);
+            for (int column = 1; column < sqlite3_column_count(row); ++column)
+                sqlite3_bind_value(statement, column, sqlite3_column_value(row, column));
+            sqlite3_step(statement);
+            sqlite3_finalize(statement);
+        };
+        damaged.scan(table, insert);
+    }
+    for (const QByteArray &sql :
+         damaged.column("select sql from sqlite_master where type <> 'table' and sql notnull"))
+        copy.run(sql);
+    copy.run("commit");
+}
+
+bool holdsAllRows(const Sqlite &database, const QString &copyPath)
+{
+    const Sqlite copy(copyPath);
+    const QByteArrayList tables = database.tables();
+    return std::all_of(tables.begin(), tables.end(), [&](const QByteArray &table) {
+        return database.rows(table).values() == copy.rows(table).values();
+    });
+}
+
+/// Makes a sound database of all that can be read in a damaged one.
+void makeSoundCopy(const QString &damagedPath, const QString &path)
+{
+    const Sqlite damaged(damagedPath);
+    const bool copied = damaged.run("vacuum into '" + path.toUtf8() + '\'') == SQLITE_OK;
+    if (copied && holdsAllRows(damaged, path))
+        return;
+    QFile::remove(path);
+    copyRowByRow(damaged, path);
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
+}
+
+/// The files of a database.
+struct Files {
+    QByteArray database;
+    QByteArray leftover; ///< a journal or write-ahead log; empty for none
+    QString leftoverSuffix;
+    int pageSize = 0;
+
+    void writeTo(const QString &path) const
+    {
+        write(path, database);
+        if (!leftover.isEmpty())
+            write(path + leftoverSuffix, leftover);
+    }
+};
+
+/// How an old database is stored.
+struct Layout {
+    const char *settings; ///< which write the database anew
+    int pageSize;
+    const char *leftoverSuffix; ///< of what a crashed program leaves; empty for none
+};
+
+constexpr std::array layouts{
+    Layout{"pragma page_size=4096; vacuum", 4096, ""},
+    Layout{"pragma page_size=512; vacuum", 512, ""},
+    Layout{"pragma page_size=1024; vacuum", 1024, ""},
+    Layout{"pragma page_size=1024; pragma auto_vacuum=full; vacuum", 1024, ""},
+    Layout{"pragma page_size=512; pragma auto_vacuum=incremental; vacuum", 512, ""},
+    Layout{"pragma page_size=1024; vacuum; pragma journal_mode=wal", 1024, ""},
+    Layout{"pragma page_size=512; vacuum; pragma journal_mode=wal", 512, "-wal"},
+    Layout{"pragma page_size=1024; vacuum", 1024, "-journal"},
+};
+
+struct Kind {
+    QString name;
+    QList<int> versions; ///< one for each layout
+    int newest;
+    QStringList rows;   ///< added, for some dozen pages
+    QString lastChange; ///< the one that a crashed program was at
+};
+
+const QString hundreds = "with recursive n(i) as (select 1 union all select i + 1 from n"
+                         " limit %1) insert into %2 from n";
+
+QString insertMany(int count, const QString &into)
+{
+    return hundreds.arg(count).arg(into);
+}
+
+const QString longText = "replace(hex(zeroblob(5000)), '00', 'ab')";
+
+const QList<Kind> kinds{
+    {"profile",
+     {0, 4, 8, 9, 12, 16, 22, 28},
+     30,
+     {
+         insertMany(150, "profile(name, value) select 'site/' || i, 'value of the site ' || i * 7"),
+         "insert into profile(name, value) select 'site/long', " + longText,
+         insertMany(40,
+                    "curve(id, name, a, b, valid) select 1000 + i, 'site ' || i, i / 3.0, 1, 1"),
+         insertMany(300, "curvePoint select 1000 + i, 1000 + i % 40, i / 7.0, i * 1.5, i, i % 5"),
+         insertMany(60, "curveVariable select 1000 + i % 40, 'ISI', i / 9.0"),
+     },
+     "update curvePoint set z = z + 1"},
+    {"data",
+     {0, 1, 2, 3, 4, 7, 9, 11},
+     12,
+     {
+         insertMany(150,
+                    "patient(id, sampleNo, date, time, name, sex, barcode) select 1000 + i, i,"
+                    " '2019-03-' || i % 30, '08:00:' || i || '.5', 'name ' || i, 'x', i * 1001"),
+         insertMany(60, "patientExtra select 1000 + i, 1000 + i, 'bed', i"),
+         insertMany(100, "exam select 1000 + i, i, '2019-03-' || i % 30, 'PT'"),
+         insertMany(60,
+                    "curve(id, patientId, item, curve) select 1000 + i, 1000 + i, 'PT',"
+                    " cast('curve ' || i * 99 as blob)"),
+         "insert into curve(id, patientId, item, curve) select 2000, 1001, 'TT', cast(" + longText
+             + " as blob)",
+         insertMany(30, "doctor(id, abbr, name) select 1000 + i, 'd' || i, 'doctor ' || i"),
+     },
+     "update patient set name = name || '+'"},
+    {"qc",
+     {0, 0, 0, 1, 1, 2, 2, 2},
+     3,
+     {
+         insertMany(200,
+                    "qc select 1000 + i, i % 20, '2019-03-' || i % 30, '08:00:' || i || '.5',"
+                    " i / 7.0, 0, 'remark ' || i"),
+         "insert into qc(id, remark) select 2000, " + longText,
+         insertMany(80,
+                    "reagent(id, reagentId, fileNo, name, lotsNum) select 1000 + i, i % 7,"
+                    " i, 'control ' || i, 'L' || i"),
+         insertMany(120,
+                    "info(id, reagentId, itemId, subitemId, item, subitem, xmean)"
+                    " select 1000 + i, 1000 + i % 80, i, i, 'PT', 'T', i / 9.0"),
+     },
+     "update qc set flag = flag + 1, remark = remark || '+'"},
+    {"syslog",
+     {0, 1, 2, 3, 0, 1, 2, 3},
+     4,
+     {
+         insertMany(250,
+                    "assay select 1000 + i, '2019-03-' || i % 30, '08:00:' || i || '.5',"
+                    " 'wb1', 'PT', 'sample ' || i, 'remark ' || i"),
+         insertMany(250, "event select 1000 + i, '2019-03-01 08:00:' || i, i % 3, 'event ' || i"),
+         "insert into event(id, text) select 2000, " + longText,
+     },
+     "update event set text = text || '+'"},
+};
+
+/// \return the statements that fill a database and leave free pages
+QStringList filling(const Kind &kind)
+{
+    return kind.rows
+        + QStringList{"create table scratch(a)",
+                      insertMany(20, "scratch select hex(zeroblob(300))"), "drop table scratch"};
+}
+
+Files makeFiles(const Kind &kind, int version, const Layout &layout)
+{
+    const TestDatabase database(kind.name + ".db");
+    makeDatabaseAt(database, kind.name, version);
+    const QStringList settings = QString(layout.settings).split("; ");
+    database.execute(settings + filling(kind));
+
+    Files files;
+    files.pageSize = layout.pageSize;
+    files.leftoverSuffix = layout.leftoverSuffix;
+    if (files.leftoverSuffix.isEmpty()) {
+        files.database = database.bytes();
+        return files;
+    }
+    // with pages of the change in the database already
+    const Sqlite program(database.path());
+    for (const char *sql :
+         {"pragma synchronous=off", "pragma cache_size=3", "pragma wal_autocheckpoint=0", "begin"})
+        program.run(sql);
+    program.run(kind.lastChange.toUtf8());
+    if (files.leftoverSuffix == "-wal")
+        program.run("commit");
+    files.database = database.bytes();
+    files.leftover = read(database.path() + files.leftoverSuffix);
+    return files;
+}
+
+struct Run {
+    bool ended = false;
+    int exitCode = -1;
+    QByteArray errors;
+    QStringList log; ///< without what the handler puts at the end of a line
+};
+
+Run runVardo(const QString &folder)
+{
+    const QString logFile = folder + "/upgrade.log";
+    QProcess process;
+    process.start(VARDO, {"-p", folder + '/', logFile});
+    Run run;
+    if (!process.waitForFinished(timeLimit)) {
+        process.kill();
+        process.waitForFinished();
+        run.errors = "does not end";
+        return run;
+    }
+    run.ended = process.exitStatus() == QProcess::NormalExit;
+    run.exitCode = process.exitCode();
+    run.errors = process.readAllStandardError() + process.readAllStandardOutput();
+    run.log = QString::fromUtf8(read(logFile))
+                  .remove(" ((null):0, (null))")
+                  .split('\n', Qt::SkipEmptyParts);
+    QFile::remove(logFile);
+    return run;
+}
+
+/// What became of one damaged database.
+struct Outcome {
+    int number = 0;
+    QString corruption;
+    QString result;
+    QString reason;  ///< of a refusal, without what differs from file to file
+    QString failure; ///< of the tool; empty for none
+};
+
+/// \return the warning that tells why a database was refused
+QString decidingWarning(const QStringList &log)
+{
+    const QStringList warnings = log.filter(
+        QRegularExpression("^Warning: (?!File doesn't exist)", // of the other three databases
+                           QRegularExpression::DotMatchesEverythingOption));
+    return warnings.isEmpty() ? QString() : warnings.constLast();
+}
+
+QString refusal(const QString &warning)
+{
+    if (warning.contains(" is damaged: "))
+        return "damaged";
+    if (warning.contains("[ \"pragma integrity_check"))
+        return "check fails";
+    if (warning.contains("Can't open") || warning.contains("Failed to start"))
+        return "not opened";
+    return "statement fails";
+}
+
+/// \return a warning without what differs from file to file
+QString form(QString warning, const QString &folder)
+{
+    static const QRegularExpression finding("( is damaged: ).*");
+    static const QRegularExpression schema(R"(malformed database schema \(.*(?=( Unable|"? : )))");
+    static const QRegularExpression object(
+        R"((no such \w+|duplicate column name|no query solution|)"
+        R"(already exists|no such column): [^ "]*)");
+    warning.remove(folder + '/');
+    warning.replace(finding, "\\1…")
+        .replace(schema, "malformed database schema (…) …")
+        .replace(object, "\\1: …");
+    return warning.size() > 220 ? warning.left(220) + "…" : warning;
+}
+
+/// One damaged database and what the tool does with it.
+class Case {
+public:
+    Case(const Kind &databaseKind, const QList<Files> &bases, quint32 seed, int number)
+        : kind(databaseKind)
+        , fileName('/' + databaseKind.name + ".db")
+    {
+        const quint32 place = qHash(kind.name, 0) & 0xffff;
+        const std::array<quint32, 3> seeds{seed, place, quint32(number)};
+        QRandomGenerator random(seeds.data(), qsizetype(seeds.size()));
+        outcome.number = number;
+        files = bases.at(random.bounded(int(bases.size())));
+        damage(random);
+        repeated = random.bounded(10) == 0;
+    }
+
+    Outcome run()
+    {
+        files.writeTo(path("tried"));
+        files.writeTo(path("settled"));
+        settle();
+        const Run first = runVardo(folder("tried"));
+        outcome.failure = judge(first);
+        return outcome;
+    }
+
+    const Files &damagedFiles() const { return files; }
+
+private:
+    QString folder(const QString &name) const
+    {
+        QDir(directory.path()).mkdir(name);
+        return directory.filePath(name);
+    }
+    QString path(const QString &name) const { return folder(name) + fileName; }
+
+    void damage(QRandomGenerator &random)
+    {
+        if (!files.leftover.isEmpty() && random.bounded(2) == 0) {
+            outcome.corruption = corruptionOfLeftover().name;
+            corruptionOfLeftover().apply(files.leftover, files.pageSize, random);
+            return;
+        }
+        const QList<Corruption> &all = corruptionsOfDatabase();
+        const Corruption &corruption = all.at(random.bounded(int(all.size())));
+        outcome.corruption = corruption.name;
+        corruption.apply(files.database, files.pageSize, random);
+    }
+
+    /// Lets SQLite itself roll back or move what a crashed program left.
+    void settle() const
+    {
+        const Sqlite database(path("settled"));
+        database.run("select count(*) from sqlite_master");
+    }
+
+    QString judge(const Run &run)
+    {
+        if (!run.ended || !run.errors.isEmpty() || run.exitCode < 0 || run.exitCode > 1)
+            return QString("exit code %1, %2").arg(run.exitCode).arg(QString(run.errors));
+        return run.exitCode == 0 ? judgeUpgrade(run) : judgeRefusal(run);
+    }
+
+    QString judgeRefusal(const Run &run)
+    {
+        const QString warning = decidingWarning(run.log);
+        outcome.result = refusal(warning);
+        outcome.reason = form(warning, folder("tried"));
+        if (warning.isEmpty())
+            return "no warning tells why";
+        if (QString difference = differenceToSettled(); !difference.isEmpty())
+            return difference;
+        return repeated ? judgeRepetition(run) : QString();
+    }
+
+    QString differenceToSettled() const
+    {
+        if (read(path("tried")) != read(path("settled")))
+            return "the refused file is not what it was";
+        if (files.leftover.isEmpty() && read(path("tried")) != files.database)
+            return "reading alone changes the file";
+        if (QFile::exists(path("tried") + "-journal")
+            != QFile::exists(path("settled") + "-journal"))
+            return "a journal is left";
+        return {};
+    }
+
+    QString judgeRepetition(const Run &first) const
+    {
+        const Run second = runVardo(folder("tried"));
+        if (second.exitCode != 1 || !second.errors.isEmpty())
+            return QString("the second run ends with %1").arg(second.exitCode);
+        if (files.leftover.isEmpty() && second.log != first.log)
+            return "the second run logs " + second.log.join(" | ");
+        return differenceToSettled();
+    }
+
+    QString judgeUpgrade(const Run &run)
+    {
+        const bool stepRan = !run.log.filter(": PASS").isEmpty();
+        outcome.result = stepRan ? "upgraded" : "up to date";
+        const Sqlite upgraded(path("tried"));
+        if (upgraded.column("select version from version") != QByteArrayList{newestVersion()})
+            return "the version is not the newest";
+        const QByteArrayList known = Sqlite(path("settled")).findings();
+        for (const QByteArray &finding : upgraded.findings()) {
+            if (finding != "ok" && !known.contains(finding))
+                return "the upgraded file is damaged: " + finding;
+        }
+        return differenceToUpgradedCopy();
+    }
+
+    QByteArray newestVersion() const { return QByteArray::number(kind.newest); }
+
+    QString differenceToUpgradedCopy() const
+    {
+        makeSoundCopy(path("settled"), path("copy"));
+        const Run run = runVardo(folder("copy"));
+        if (run.exitCode != 0)
+            return "a sound copy is refused: " + decidingWarning(run.log);
+        const QByteArrayList expected = readable(path("copy"));
+        const QByteArrayList found = readable(path("tried"));
+        if (found == expected)
+            return {};
+        qsizetype line = 0;
+        while (line < qMin(found.size(), expected.size()) && found.at(line) == expected.at(line))
+            ++line;
+        return "an upgraded sound copy has " + expected.value(line).left(300) + " where it has "
+            + found.value(line).left(300);
+    }
+
+    const Kind &kind;
+    QString fileName;
+    QTemporaryDir directory;
+    Files files;
+    Outcome outcome;
+    bool repeated = false;
+};
+
+int fromEnvironment(const char *variable, int otherwise)
+{
+    bool isNumber = false;
+    const int number = qEnvironmentVariableIntValue(variable, &isNumber);
+    return isNumber ? number : otherwise;
+}
+
+/// Keeps the files of a failure for whoever looks into it.
+void keep(const Files &files, const QString &name)
+{
+    QDir().mkpath(FINDINGS);
+    files.writeTo(QString(FINDINGS) + '/' + name + ".db");
+}
+
+const QStringList results{"damaged",         "check fails", "not opened",
+                          "statement fails", "upgraded",    "up to date"};
+
+using Table = QMap<QString, QMap<QString, int>>; ///< numbers of cases by corruption and result
+
+QString layOut(const Table &table)
+{
+    const auto line = [](const QString &name, const QMap<QString, int> &counts) {
+        QString text = name.leftJustified(29);
+        for (const QString &result : results)
+            text += QString::number(counts.value(result)).rightJustified(16);
+        return text;
+    };
+    QString header = QString().leftJustified(29);
+    for (const QString &result : results)
+        header += result.rightJustified(16);
+    QStringList lines{header};
+    QMap<QString, int> sum;
+    for (auto row = table.begin(); row != table.end(); ++row) {
+        lines << line(row.key(), row.value());
+        for (const QString &result : results)
+            sum[result] += row.value().value(result);
+    }
+    return (lines << line("all", sum)).join('\n');
+}
+
+} // namespace
+
+class TestCorruption : public QObject {
+    Q_OBJECT
+
+private slots:
+    void losesNothing_data();
+    void losesNothing();
+    void cleanupTestCase();
+
+private:
+    void count(const Outcome &outcome);
+
+    const quint32 seed = quint32(fromEnvironment("VARDO_CORRUPTION_SEED", 1));
+    Table byCorruption;
+    QMap<QString, int> reasons;
+};
+
+void TestCorruption::losesNothing_data()
+{
+    QTest::addColumn<int>("index");
+
+    for (int index = 0; index < kinds.size(); ++index)
+        QTest::newRow(qUtf8Printable(kinds.at(index).name)) << index;
+}
+
+void TestCorruption::losesNothing()
+{
+    QFETCH(int, index);
+    const Kind &kind = kinds.at(index);
+    QList<Files> bases;
+    for (std::size_t i = 0; i < layouts.size(); ++i) // other pairs with another seed
+        bases << makeFiles(kind, kind.versions.at(qsizetype((i + seed) % layouts.size())),
+                           layouts.at(i));
+    QList<int> numbers(fromEnvironment("VARDO_CORRUPTIONS", 125));
+    std::iota(numbers.begin(), numbers.end(), 0);
+    if (const int only = fromEnvironment("VARDO_CORRUPTION_CASE", -1); only >= 0)
+        numbers = {only};
+
+    const auto outcomes = QtConcurrent::blockingMapped<QList<Outcome>>(
+        numbers, std::function<Outcome(int)>([&](int number) {
+            Case damaged(kind, bases, seed, number);
+            const Outcome outcome = damaged.run();
+            if (!outcome.failure.isEmpty())
+                keep(damaged.damagedFiles(),
+                     QString("%1-%2-%3").arg(kind.name).arg(seed).arg(number));
+            return outcome;
+        }));
+
+    QStringList failures;
+    for (const Outcome &outcome : outcomes) {
+        count(outcome);
+        if (!outcome.failure.isEmpty())
+            failures << QString("seed %1, case %2, %3: %4")
+                            .arg(seed)
+                            .arg(outcome.number)
+                            .arg(outcome.corruption, outcome.failure);
+    }
+    QVERIFY2(failures.isEmpty(), qUtf8Printable(failures.join('\n')));
+}
+
+void TestCorruption::count(const Outcome &outcome)
+{
+    ++byCorruption[outcome.corruption][outcome.result];
+    if (!outcome.reason.isEmpty())
+        ++reasons[outcome.reason];
+}
+
+void TestCorruption::cleanupTestCase()
+{
+    QStringList lines;
+    for (auto reason = reasons.begin(); reason != reasons.end(); ++reason)
+        lines << QString::number(reason.value()).rightJustified(6) + ' ' + reason.key();
+    qInfo("Seed %u\n%s\nWhy databases were refused:\n%s", seed,
+          qUtf8Printable(layOut(byCorruption)), qUtf8Printable(lines.join('\n')));
+}
+
+QTEST_GUILESS_MAIN(TestCorruption)
+#include "tst_corruption.moc"
