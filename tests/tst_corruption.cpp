@@ -12,6 +12,7 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QtConcurrent>
 #include <QtTest>
@@ -55,6 +56,7 @@ public:
     {
         sqlite3_open_v2(path.toUtf8().constData(), &handle,
                         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+        sqlite3_collation_needed(handle, nullptr, addCollation);
     }
     ~Sqlite() { sqlite3_close(handle); }
     Q_DISABLE_COPY_MOVE(Sqlite)
@@ -87,7 +89,8 @@ public:
 
     QByteArrayList tables() const
     {
-        return column("select distinct name from sqlite_master where type = 'table' order by name");
+        return column(
+            "select distinct lower(name) from sqlite_master where lower(type) = 'table' order by 1");
     }
 
     /// Reads a table from both its ends, so that a damaged page hides no more than itself.
@@ -126,17 +129,40 @@ public:
     }
 
     sqlite3 *handle = nullptr;
+
+private:
+    /// The only collation that the databases name is NOCASE. Where damage gave it another name, this
+    /// stands in, so that the rest can be judged.
+    static void addCollation(void *, sqlite3 *database, int, const char *name)
+    {
+        sqlite3_create_collation(
+            database, name, SQLITE_UTF8, nullptr,
+            [](void *, int leftSize, const void *left, int rightSize, const void *right) {
+                return qstrnicmp(static_cast<const char *>(left), leftSize,
+                                 static_cast<const char *>(right), rightSize);
+            });
+    }
 };
 
-/// \return all of a database that can be read: the schema, then each table's rows in their order
-QByteArrayList readable(const QString &path)
+/// \return the schema, in lower case, since SQLite reads names and key words in any
+QByteArrayList schema(const Sqlite &database)
 {
-    const Sqlite database(path);
     QByteArrayList lines;
-    database.run("select type, name, tbl_name, sql from sqlite_master order by 1, 2, 3, 4",
+    database.run("select lower(type), lower(name), lower(tbl_name), lower(sql) from sqlite_master"
+                 " where sql notnull order by 1, 2, 3, 4",
                  [&lines](sqlite3_stmt *row) {
-                     lines << literal(row, 0) + literal(row, 1) + literal(row, 2) + literal(row, 3);
+                     QByteArrayList values;
+                     for (int column = 0; column < 4; ++column)
+                         values << literal(row, column);
+                     lines << values.join(' ');
                  });
+    return lines;
+}
+
+/// \return all of a database that can be read: the schema, then each table's rows in their order
+QByteArrayList readable(const Sqlite &database)
+{
+    QByteArrayList lines = schema(database);
     for (const QByteArray &table : database.tables())
         lines << table << database.rows(table).values();
     return lines;
@@ -147,11 +173,17 @@ void copyRowByRow(const Sqlite &damaged, const QString &path)
 {
     const Sqlite copy(path);
     copy.run("begin");
-    for (const QByteArray &sql : damaged.column(
-             "select sql from sqlite_master where type = 'table' and name not like 'sqlite%'"))
+    for (
+        const QByteArray &sql : damaged.column(
+            "select sql from sqlite_master where lower(type) = 'table' and name not like 'sqlite%'"))
         copy.run(sql);
     for (const QByteArray &table : damaged.tables()) {
-        const auto insert = [&copy, &table](sqlite3_stmt *row) {
+        QSet<qint64> copied;
+        const auto insert = [&copy, &table, &copied](sqlite3_stmt *row) {
+            const qint64 id = sqlite3_column_int64(row, 0);
+            if (copied.contains(id))
+                return;
+            copied << id;
             sqlite3_stmt *statement = nullptr;
             QByteArray places = ",?";
             places = places.repeated(sqlite3_column_count(row) - 1).mid(1);
@@ -166,19 +198,10 @@ void copyRowByRow(const Sqlite &damaged, const QString &path)
         };
         damaged.scan(table, insert);
     }
-    for (const QByteArray &sql :
-         damaged.column("select sql from sqlite_master where type <> 'table' and sql notnull"))
+    for (const QByteArray &sql : damaged.column(
+             "select sql from sqlite_master where lower(type) <> 'table' and sql notnull"))
         copy.run(sql);
     copy.run("commit");
-}
-
-bool holdsAllRows(const Sqlite &database, const QString &copyPath)
-{
-    const Sqlite copy(copyPath);
-    const QByteArrayList tables = database.tables();
-    return std::all_of(tables.begin(), tables.end(), [&](const QByteArray &table) {
-        return database.rows(table).values() == copy.rows(table).values();
-    });
 }
 
 /// Makes a sound database of all that can be read in a damaged one.
@@ -186,8 +209,9 @@ void makeSoundCopy(const QString &damagedPath, const QString &path)
 {
     const Sqlite damaged(damagedPath);
     const bool copied = damaged.run("vacuum into '" + path.toUtf8() + '\'') == SQLITE_OK;
-    if (copied && holdsAllRows(damaged, path))
+    if (copied && readable(Sqlite(path)) == readable(damaged))
         return;
+    // "vacuum" leaves out an entry of the schema whose type is not in lower case, for one
     QFile::remove(path);
     copyRowByRow(damaged, path);
 }
@@ -525,7 +549,7 @@ private:
         const bool stepRan = !run.log.filter(": PASS").isEmpty();
         outcome.result = stepRan ? "upgraded" : "up to date";
         const Sqlite upgraded(path("tried"));
-        if (upgraded.column("select version from version") != QByteArrayList{newestVersion()})
+        if (upgraded.column("select * from version") != QByteArrayList{newestVersion()})
             return "the version is not the newest";
         const QByteArrayList known = Sqlite(path("settled")).findings();
         for (const QByteArray &finding : upgraded.findings()) {
@@ -543,8 +567,8 @@ private:
         const Run run = runVardo(folder("copy"));
         if (run.exitCode != 0)
             return "a sound copy is refused: " + decidingWarning(run.log);
-        const QByteArrayList expected = readable(path("copy"));
-        const QByteArrayList found = readable(path("tried"));
+        const QByteArrayList expected = readable(Sqlite(path("copy")));
+        const QByteArrayList found = readable(Sqlite(path("tried")));
         if (found == expected)
             return {};
         qsizetype line = 0;
@@ -651,16 +675,16 @@ void TestCorruption::losesNothing()
             return outcome;
         }));
 
-    QStringList failures;
+    int failures = 0;
     for (const Outcome &outcome : outcomes) {
         count(outcome);
-        if (!outcome.failure.isEmpty())
-            failures << QString("seed %1, case %2, %3: %4")
-                            .arg(seed)
-                            .arg(outcome.number)
-                            .arg(outcome.corruption, outcome.failure);
+        if (outcome.failure.isEmpty())
+            continue;
+        ++failures;
+        qWarning("%s, seed %u, case %d, %s: %s", qUtf8Printable(kind.name), seed, outcome.number,
+                 qUtf8Printable(outcome.corruption), qUtf8Printable(outcome.failure));
     }
-    QVERIFY2(failures.isEmpty(), qUtf8Printable(failures.join('\n')));
+    QCOMPARE(failures, 0);
 }
 
 void TestCorruption::count(const Outcome &outcome)
