@@ -66,7 +66,7 @@ TreePage anyTreePage(const QByteArray &file, int pageSize, QRandomGenerator &ran
         const bool interior = type == 2 || type == 5;
         page.cellPointers = page.header + (interior ? 12 : 8);
         page.cells = numberAt(file, page.header + 3);
-        const bool fits = page.cellPointers + 2 * page.cells <= page.start + pageSize;
+        const bool fits = page.cellPointers + qsizetype(2) * page.cells <= page.start + pageSize;
         if ((interior || type == 10 || type == 13) && page.cells > 0 && fits)
             return page;
     }

@@ -119,9 +119,9 @@ public:
     {
         QByteArrayList findings;
         const int code = run("pragma integrity_check(2147483647)", [&](sqlite3_stmt *row) {
-            const auto *text = sqlite3_column_text(row, 0);
+            const auto *text = static_cast<const char *>(sqlite3_column_blob(row, 0));
             // one row may hold several findings, a line each
-            findings << QByteArray(reinterpret_cast<const char *>(text)).split('\n');
+            findings << QByteArray(text, sqlite3_column_bytes(row, 0)).split('\n');
         });
         if (code != SQLITE_OK)
             findings << "check fails: " + QByteArray::number(code);
@@ -383,10 +383,10 @@ bool keepsRows(const Sqlite &before, const Sqlite &after, const QByteArray &tabl
 {
     const Rows expected = before.rows(table);
     const Rows found = after.rows(table);
-    return expected.keys() == found.keys()
-        && std::equal(expected.begin(), expected.end(), found.begin(),
-                      [](const QByteArray &row, const QByteArray &longer) {
-                          return longer.startsWith(row);
+    return std::equal(expected.constKeyValueBegin(), expected.constKeyValueEnd(),
+                      found.constKeyValueBegin(), found.constKeyValueEnd(),
+                      [](const auto &row, const auto &longer) {
+                          return row.first == longer.first && longer.second.startsWith(row.second);
                       });
 }
 
@@ -736,7 +736,7 @@ void TestCorruption::losesNothing()
     const auto outcomes = QtConcurrent::blockingMapped<QList<Outcome>>(
         numbers, std::function<Outcome(int)>([&](int number) {
             Case damaged(kind, bases, seed, number);
-            const Outcome outcome = damaged.run();
+            Outcome outcome = damaged.run();
             if (!outcome.failure.isEmpty())
                 keep(damaged.damagedFiles(),
                      QString("%1-%2-%3").arg(kind.name).arg(seed).arg(number));
