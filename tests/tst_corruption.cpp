@@ -235,7 +235,8 @@ struct Files {
     QByteArray leftover; ///< a journal or write-ahead log; empty for none
     QString leftoverSuffix;
     int pageSize = 0;
-    QByteArray version;        ///< that is stored; empty for none
+    QByteArray version; ///< that is stored; empty for none
+    QByteArrayList schema;
     QByteArrayList keptTables; ///< whose rows an upgrade does not change, but for new columns
 
     void writeTo(const QString &path) const
@@ -390,8 +391,8 @@ bool keepsRows(const Sqlite &before, const Sqlite &after, const QByteArray &tabl
                       });
 }
 
-/// \return the tables whose rows an upgrade of the sound database keeps
-QByteArrayList findKeptTables(const Files &files, const Kind &kind)
+/// Notes the schema of a sound database, and the tables whose rows its upgrade keeps.
+void describe(Files &files, const Kind &kind)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(kind.name + ".db");
@@ -402,9 +403,10 @@ QByteArrayList findKeptTables(const Files &files, const Kind &kind)
         qFatal("The sound %s database is not upgraded.", qUtf8Printable(kind.name));
     const Sqlite before(original);
     const Sqlite after(path);
-    QByteArrayList tables = before.tables();
-    tables.removeIf([&](const QByteArray &table) { return !keepsRows(before, after, table); });
-    return tables;
+    files.schema = schema(before);
+    files.keptTables = before.tables();
+    files.keptTables.removeIf(
+        [&](const QByteArray &table) { return !keepsRows(before, after, table); });
 }
 
 Files makeFiles(const Kind &kind, int version, const Layout &layout)
@@ -420,7 +422,7 @@ Files makeFiles(const Kind &kind, int version, const Layout &layout)
     files.leftoverSuffix = layout.leftoverSuffix;
     if (files.leftoverSuffix.isEmpty()) {
         files.database = database.bytes();
-        files.keptTables = findKeptTables(files, kind);
+        describe(files, kind);
         return files;
     }
     // the journal's: with pages of the change in the database already
@@ -433,7 +435,7 @@ Files makeFiles(const Kind &kind, int version, const Layout &layout)
         program.run("commit");
     files.database = database.bytes();
     files.leftover = read(database.path() + files.leftoverSuffix);
-    files.keptTables = findKeptTables(files, kind);
+    describe(files, kind);
     return files;
 }
 
@@ -613,12 +615,14 @@ private:
         return differenceToUpgradedCopy();
     }
 
-    /// \return what is lost, unless the damage changed the version and so the steps that run
+    /// \return what is lost, unless the damage changed the version, the layout or a value's type, and so
+    ///         what the steps do
     QString changeOfKeptTables() const
     {
         const Sqlite before(path("settled"));
         const Sqlite after(path("tried"));
-        if (before.column("select version from version").value(0) != files.version)
+        if (before.column("select version from version").value(0) != files.version
+            || schema(before) != files.schema || before.findings() != QByteArrayList{"ok"})
             return {};
         for (const QByteArray &table : files.keptTables) {
             if (!keepsRows(before, after, table))
