@@ -3,11 +3,8 @@
 #include "testdatabase.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -77,7 +74,6 @@ private slots:
     void stopsAtTheFirstFailure();
     void keepsTheDatabasesBeforeTheFailure_data();
     void keepsTheDatabasesBeforeTheFailure();
-    void waitsFiveSecondsForALock();
     void closesTheDatabases();
     void doesNotTakeAPrefixForAUri();
     void logsTheSameInEveryEnvironment_data();
@@ -465,35 +461,6 @@ void TestVardo::keepsTheDatabasesBeforeTheFailure()
         else if (i > failing)
             QCOMPARE(read(name + ".db"), before.at(i));
     }
-}
-
-void TestVardo::waitsFiveSecondsForALock()
-{
-    executeOn(path("syslog.db"), {"create table assay(time text)"});
-    const QByteArray before = read("syslog.db");
-    Result result;
-    qint64 waited = 0;
-    {
-        QSqlDatabase other = QSqlDatabase::addDatabase("QSQLITE", "other");
-        other.setDatabaseName(path("syslog.db"));
-        QVERIFY(other.open());
-        QVERIFY(QSqlQuery(other).exec("begin immediate"));
-        QElapsedTimer timer;
-        timer.start();
-
-        result = run({});
-
-        waited = timer.elapsed();
-    }
-    QSqlDatabase::removeDatabase("other");
-
-    QCOMPARE(result.exitCode, 1);
-    QVERIFY2(waited >= 4500, qPrintable(QString::number(waited)));
-    QVERIFY2(result.errors.endsWith("Updating " + path("syslog.db").toUtf8()
-                                    + "\nFailed to start transaction: "
-                                      "\"database is locked Unable to fetch row\"\n"),
-             result.errors.constData());
-    QCOMPARE(read("syslog.db"), before);
 }
 
 void TestVardo::closesTheDatabases()
