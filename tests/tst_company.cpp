@@ -172,7 +172,7 @@ private:
         Run run(upgraded.path());
         if (run.exitCode() != 0)
             qFatal("an undisturbed run failed");
-        const QStringList lines = run.lines();
+        QStringList lines = run.lines();
         QFile::remove(upgraded.filePath("log.txt"));
         return lines;
     }
@@ -262,8 +262,8 @@ const QList<Hindrance> hindrances{
 
 /// A run and the program that hinders it, in a folder of their own.
 struct HinderedRun {
-    HinderedRun(const Databases &databases, const Hindrance &kind)
-        : hindrance(kind)
+    HinderedRun(const Databases &databases, Hindrance kind)
+        : hindrance(std::move(kind))
     {
         databases.copyTo(folder.path(), hindrance.journalMode);
         qcBefore = bytesOf(folder.filePath("qc.db"));
@@ -604,9 +604,9 @@ void TestCompany::neverShowsAMixtureToReaders()
     QFETCH(QString, setting);
     large->copyTo(folder->path(), journalMode);
     executeOn(path("data.db"), {setting});
-    std::vector<std::unique_ptr<Reader>> readers;
-    for (int i = 0; i < 3; ++i)
-        readers.push_back(std::make_unique<Reader>(path("data.db")));
+    std::vector<std::unique_ptr<Reader>> readers(3);
+    for (auto &reader : readers)
+        reader = std::make_unique<Reader>(path("data.db"));
     const QByteArrayList before = readers.front()->snapshots();
 
     Run run(folder->path());
@@ -656,6 +656,7 @@ void TestCompany::upgradesOnceInSeveralRuns()
     const QList<QStringList> secondParts = partsOf(large->secondRun());
 
     std::vector<std::unique_ptr<Run>> runs;
+    runs.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         runs.push_back(std::make_unique<Run>(folder->path(), QString("log%1.txt").arg(i)));
 

@@ -161,7 +161,7 @@ struct Text {
 const QList<Text> texts{
     {"end of a value", "'x''); drop table user; --'"},
     {"end of a quoted name", "'\"; delete from curve; --'"},
-    {"end of a text in quotation marks", "'\" or \"\"=\"'"},
+    {"end of a text in quotation marks", R"('" or ""="')"},
     {"apostrophes", "'a''''b'''"},
     {"an apostrophe alone", "''''"},
     {"a comment", "'/* -- */ --'"},
@@ -169,7 +169,7 @@ const QList<Text> texts{
     {"format", "'%s%n%d'"},
     {"parameters", "':name ? ?1 @value $x'"},
     {"brackets", "'[x] `y` {z}'"},
-    {"a backslash", "'\\1 \\'' \\'"},
+    {"a backslash", R"('\1 \'' \')"},
     {"patterns", "'% _ * ['"},
     {"blanks and line breaks", "' ' || char(9, 13, 10, 11) || ' x '"},
     {"a name of a table", "'assayItem'"},
