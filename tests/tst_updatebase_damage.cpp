@@ -45,13 +45,13 @@ struct Outcome {
     QStringList messages;
 };
 
-Outcome upgrade(const TestDatabase &database)
+Outcome upgrade(const TestDatabase &database, const QString &stepSql = "select 1")
 {
     Outcome outcome;
     const MessageRecorder recorder;
-    StepUpdater updater(database.path(), [&outcome](StepUpdater &) {
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
         outcome.stepRan = true;
-        return true;
+        return step.execAll({SQL(stepSql)});
     });
     outcome.upgraded = updater.run();
     outcome.messages = recorder.messages();
@@ -76,6 +76,11 @@ private slots:
     void refusesAPageOfGarbage();
     void refusesAMalformedSchema_data();
     void refusesAMalformedSchema();
+    void refusesAMisspeltEntryOfTheSchema_data();
+    void refusesAMisspeltEntryOfTheSchema();
+    void takesAnyNameForSound();
+    void refusesAVersionThatDamageMadeTooHigh();
+    void checksAgainWhatAStepMadeOfOddValues();
     void logsAFindingInOneLine();
     void reportsTheAbsolutePath();
     void findsDamageBehindFindingsAboutValues_data();
@@ -159,6 +164,109 @@ void TestUpdateBaseDamage::refusesAMalformedSchema()
     QVERIFY(!outcome.stepRan);
     QCOMPARE(outcome.messages,
              QStringList({"Debug: Updating " + database.path(), damageLine(database, finding)}));
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestUpdateBaseDamage::refusesAMisspeltEntryOfTheSchema_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QString>("entry");
+
+    // A change of the table or index would be left out, without a failure.
+    QTest::newRow("table's type") << "type = 'tAble' where name = 'early'"
+                                  << "tAble early";
+    QTest::newRow("table's name") << "name = 'Early', tbl_name = 'Early' where name = 'early'"
+                                  << "table Early";
+    QTest::newRow("table's name for itself") << "tbl_name = 'Early' where name = 'early'"
+                                             << "table early";
+    QTest::newRow("index's type") << "type = 'Index' where name = 'early_index'"
+                                  << "Index early_index";
+    QTest::newRow("index's name") << "name = 'early_Index' where name = 'early_index'"
+                                  << "index early_Index";
+    QTest::newRow("index's table") << "tbl_name = 'EARLY' where name = 'early_index'"
+                                   << "index early_index";
+    QTest::newRow("trigger's name") << "name = 'On_early' where name = 'on_early'"
+                                    << "trigger On_early";
+    QTest::newRow("view's name") << "name = 'Seen', tbl_name = 'Seen' where name = 'seen'"
+                                 << "view Seen";
+}
+
+void TestUpdateBaseDamage::refusesAMisspeltEntryOfTheSchema()
+{
+    QFETCH(QString, change);
+    QFETCH(QString, entry);
+    const TestDatabase database;
+    database.execute(
+        QStringList{versionTable, "create table early(a)", "create index early_index on early(a)",
+                    "create trigger on_early after delete on early begin select 1; end",
+                    "create view seen as select a from early"}
+        + redefine("update sqlite_master set " + change));
+    QCOMPARE(database.rows("select * from pragma_integrity_check"), QStringList{"'ok'"});
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages.mid(1),
+             QStringList{damageLine(database, "misspelt entry of the schema: " + entry)});
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestUpdateBaseDamage::takesAnyNameForSound()
+{
+    const TestDatabase database;
+    database.execute({versionTable, R"(create table "a ""quoted"" name"(a unique))",
+                      "create table 'it''s'(a)", "create table [in brackets](a)",
+                      "create table `tick``ed`(a)", "create table Mixed(id integer primary key, a)",
+                      "create index 化验 on MIXED(a)",
+                      "create trigger t after delete on mIXED begin select 1; end",
+                      "alter table mixed rename to Renamed", "create table m(a primary key)",
+                      "create table counted(id integer primary key autoincrement)",
+                      "insert into counted values(1)", "analyze",
+                      "create virtual table words using fts5(word)"});
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(outcome.upgraded);
+    QCOMPARE(outcome.messages.filter("Warning"), QStringList());
+}
+
+/// The entry of the table `version` leads to the rows of another table, which would be lost.
+void TestUpdateBaseDamage::refusesAVersionThatDamageMadeTooHigh()
+{
+    const TestDatabase database;
+    database.execute(
+        QStringList{versionTable, "create table early(a)", "insert into early values(1020), (1030)"}
+        + redefine("update sqlite_master set rootpage = (select rootpage from sqlite_master"
+                   " where name = 'early') where name = 'version'"));
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QCOMPARE(outcome.messages.size(), 2);
+    QVERIFY(outcome.messages.constLast().startsWith(damageLine(database, "")));
+    QCOMPARE(database.bytes(), before);
+}
+
+/// A text in what is now a column of numbers is no damage, until it is written anew beside its index.
+void TestUpdateBaseDamage::checksAgainWhatAStepMadeOfOddValues()
+{
+    const TestDatabase database;
+    database.execute(QStringList{versionTable, "create table early(a text, b)",
+                                 "create index early_index on early(a)",
+                                 "insert into early values('0001', 1)"}
+                     + redefine("update sqlite_master set sql = 'CREATE TABLE early(a numeric, b)'"
+                                " where name = 'early'"));
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database, "update early set b = 2");
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(outcome.stepRan);
+    QCOMPARE(outcome.messages.constLast(),
+             damageLine(database, "row 1 missing from index early_index"));
     QCOMPARE(database.bytes(), before);
 }
 
