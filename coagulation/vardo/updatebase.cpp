@@ -18,8 +18,7 @@ namespace coagulation {
 
 namespace {
 
-constexpr int patience =
-    5000; ///< ms of waiting for a lock, what the driver takes unless told otherwise
+constexpr int patience = 5000; ///< ms of waiting for a lock, the driver's own default
 
 int primaryCode(const QSqlError &error)
 {
