@@ -68,6 +68,15 @@ DisturbedUpgrade::DisturbedUpgrade(const QString &database, Writing writing, QSt
     setFiles(before);
 }
 
+bool DisturbedUpgrade::isSanitized()
+{
+#ifdef __SANITIZE_ADDRESS__
+    return true;
+#else
+    return false;
+#endif
+}
+
 DisturbedUpgrade::Files DisturbedUpgrade::files() const
 {
     Files files;

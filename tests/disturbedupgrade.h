@@ -33,6 +33,9 @@ public:
     /// \param vardo path of the binary
     DisturbedUpgrade(const QString &database, Writing writing, QString vardo);
 
+    /// \return true under AddressSanitizer, which makes a run of the binary take ten times as long
+    static bool isSanitized();
+
     QString databaseFile() const { return fileName; }
     /// \return the folder that holds the database and nothing else
     QString folder() const { return QDir(root.path()).canonicalPath() + "/databases"; }

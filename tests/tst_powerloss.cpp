@@ -273,7 +273,7 @@ void TestPowerLoss::makeImages(const QString &database)
 {
     QFETCH(Writing, writing);
     const int seed = number("VARDO_SEED", 1);
-    const int images = number("VARDO_IMAGES", 100);
+    const int images = number("VARDO_IMAGES", DisturbedUpgrade::isSanitized() ? 20 : 100);
     DisturbedUpgrade upgrade(database, writing, VARDO);
     const QList<Operation> operations = record(upgrade);
 
