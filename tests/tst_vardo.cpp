@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -40,6 +41,18 @@ void loadSample(const QString &name, const QString &path)
     sample.load(name + "_v0.sql");
     if (!QFile::copy(sample.path(), path))
         qFatal("%s exists", qUtf8Printable(path));
+}
+
+/// Makes a plugin that Qt finds and the loader refuses: it wants a function that SQLite does not have.
+void copyDriverThatCannotBeLoaded(const QString &path)
+{
+    QFile driver(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/sqldrivers/libqsqlite.so");
+    QFile copy(path);
+    if (!driver.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly))
+        qFatal("%s cannot be copied", qUtf8Printable(driver.fileName()));
+    QByteArray bytes = driver.readAll();
+    bytes.replace("sqlite3_open_v2", "sqlite3_no_such");
+    copy.write(bytes);
 }
 
 int versionOf(const QString &path)
@@ -83,6 +96,8 @@ private slots:
     void leavesTheFileAsItWasWhenTheDiskIsFull();
     void leavesAFileThatIsNoDatabaseAsItWas();
     void reportsAFolderInPlaceOfADatabase();
+    void tellsWhatToInstallWhenTheDriverIsNotUsable_data();
+    void tellsWhatToInstallWhenTheDriverIsNotUsable();
 
 private:
     Result run(const QStringList &arguments, const QString &program = VARDO,
@@ -615,6 +630,46 @@ void TestVardo::reportsAFolderInPlaceOfADatabase()
                    "Failed to start transaction: "
                    "\"unable to open database file Error opening database\"\n");
     QCOMPARE(result.exitCode, 1);
+}
+
+void TestVardo::tellsWhatToInstallWhenTheDriverIsNotUsable_data()
+{
+    QTest::addColumn<bool>("damaged");
+
+    QTest::newRow("no plugin") << false;
+    QTest::newRow("a plugin that cannot be loaded") << true;
+}
+
+void TestVardo::tellsWhatToInstallWhenTheDriverIsNotUsable()
+{
+#ifdef Q_OS_WIN
+    QSKIP("a copy of the program does not find Qt's libraries: a missing driver is NOT tested");
+#endif
+    QFETCH(bool, damaged);
+    QVERIFY(QDir(folder->path()).mkpath("plugins/sqldrivers"));
+    QVERIFY(QFile::copy(VARDO, path("vardo")));
+    QFile paths(path("qt.conf")); // where Qt looks for plugins, of the program beside it
+    QVERIFY(paths.open(QIODevice::WriteOnly));
+    paths.write("[Paths]\nPrefix=.\nPlugins=plugins\n");
+    paths.close();
+    if (damaged)
+        copyDriverThatCannotBeLoaded(path("plugins/sqldrivers/libqsqlite.so"));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("QT_PLUGIN_PATH");
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+    const QByteArray before = read("syslog.db");
+
+    const Result result = run({"log.txt"}, path("vardo"), environment);
+
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(read("syslog.db"), before);
+    const QByteArray log = read("log.txt");
+    const QByteArray cause =
+        "Qt's SQLite driver is missing or cannot be loaded: on Debian install the package"
+        " libqt6sql6-sqlite, on Windows put qsqlite.dll into the folder sqldrivers beside vardo.exe";
+    QVERIFY2(log.contains("Warning: Can't open syslog.db: " + cause + " ((null)"), log.constData());
+    QVERIFY2(log.contains("Warning: Failed to start transaction: \"" + cause + "\" ((null)"),
+             log.constData());
 }
 
 QTEST_GUILESS_MAIN(TestVardo)

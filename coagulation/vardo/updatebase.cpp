@@ -82,6 +82,11 @@ QSqlDatabase connection()
 QSqlError openConnection()
 {
     QSqlDatabase database = connection();
+    if (!database.isValid()) // the driver's own text is "Driver not loaded", twice
+        return {
+            "on Debian install the package libqt6sql6-sqlite, on Windows put qsqlite.dll into the"
+            " folder sqldrivers beside vardo.exe",
+            "Qt's SQLite driver is missing or cannot be loaded:", QSqlError::ConnectionError};
     if (!database.open())
         return database.lastError();
 
