@@ -50,6 +50,7 @@ void TestInstallation::holdsTheToolAndItsDocuments()
         "bin/" TOOL,
         "share/doc/vardo/README.md",
         "share/doc/vardo/copyright",
+        "share/doc/vardo/operating.md",
         "share/man/man1/vardo.1",
     };
 
