@@ -15,6 +15,10 @@ namespace {
 QByteArray outputOf(const QString &program, const QStringList &arguments)
 {
     QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("LANGUAGE");
+    environment.insert("LC_ALL", "en_US.UTF-8");
+    process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(program, arguments);
     const bool finished = process.waitForFinished();
@@ -46,13 +50,15 @@ void TestInstallation::initTestCase()
 
 void TestInstallation::holdsTheToolAndItsDocuments()
 {
-    const QStringList expected{
+    QStringList expected{
         "bin/" TOOL,
         "share/doc/vardo/README.md",
         "share/doc/vardo/copyright",
         "share/doc/vardo/operating.md",
         "share/man/man1/vardo.1",
     };
+    if (TRANSLATED)
+        expected << "share/vardo/translations/vardo_en.qm";
 
     QStringList files;
     for (QDirIterator file(root.path(), QDir::Files, QDirIterator::Subdirectories);
@@ -76,6 +82,8 @@ void TestInstallation::hasAToolThatUpgrades()
 
     QVERIFY2(log.contains("\nUpdated version to 30\n"), log.constData());
     QCOMPARE(database.rows("select version from version"), QStringList{"30"});
+    QCOMPARE(database.rows("select value from profile where name = 'patient/instrId'"),
+             QStringList{TRANSLATED ? "'Instrument'" : "'测量仪器'"});
 }
 
 QTEST_GUILESS_MAIN(TestInstallation)
