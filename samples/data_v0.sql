@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Data database of the oldest layout: no version, one row for each result, times with fractions.
 
 create table patient (

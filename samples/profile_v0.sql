@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Profile database of the oldest layout: no version, no current curves, eight columns of a template.
 
 create table profile (name text primary key, value);

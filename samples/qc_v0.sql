@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Quality-control database of the oldest layout: no version, no levels, no instruments.
 
 -- lots of control material; reagentId is the material's row in the profile database

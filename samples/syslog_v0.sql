@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- System log database of the oldest layout: no version, assay times with fractions of a second.
 
 create table assay (

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "corruption.h"
 
 #include <QRandomGenerator>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Defines all that the headers of the library leave to its objects, so that none of them is linked.
 
 #include "curvedouble.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "disturbedupgrade.h"
 
 #include "olddatabases.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Preloaded into a process, makes its calls on the files of one folder fail; see faultyfiles.h.
 
 #include "faultyfiles.h"

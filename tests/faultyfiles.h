@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// What a test tells the preload libraries faultyfiles and faultymemory, and what the first writes down.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Preloaded into a process, lets one of SQLite's requests for memory fail; see faultyfiles.h.
 
 #include "faultyfiles.h"

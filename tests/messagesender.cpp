@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// messagesender LOGFILE [MESSAGE …]: opens the log as the tool does and sends the messages named
 /// "debug", "info", "warning", "critical", "fatal" and "unknown" (of no known type), each with the
 /// text "<name>: 凝血"; "context" sends a warning with source context, "close" closes the log, and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "olddatabases.h"
 
 #include "profiledatabase.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "profiledatabase.h"
 
 #include "testdatabase.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "profilesteps.h"
 
 #include "messagerecorder.h"

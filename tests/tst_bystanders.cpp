@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What the laboratory or the analyser software added to a database and no step touches.
 
 #include "messagerecorder.h"

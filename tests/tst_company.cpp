@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The tool in company: other programs, and other runs of the tool, on the same databases.
 
 #include "olddatabases.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The log, seen from outside: a helper process sends messages, the tests read what it wrote.
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Old databases that are damaged at random, given to the real binary: it must end, leave what it
 /// refuses as it was, and lose nothing in what it upgrades.
 ///

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The fits of standard curves against certified and published results, and at their limits.
 
 #include "coagulation/zucore/curvefit.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The English labels: that none is missing, and what they change in a database that the tool upgrades.
 
 #include "testdatabase.h"

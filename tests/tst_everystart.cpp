@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Every database from every version that a workstation may have, upgraded by the real binary.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Contents that look like statements, or that are extreme, arrive as they were, and nothing else changes.
 
 #include "olddatabases.h"

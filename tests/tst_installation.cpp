@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What cmake --install leaves: the tool alone with its documents, and that tool at work.
 
 #include "testdatabase.h"

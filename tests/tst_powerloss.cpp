@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Loss of power during an upgrade: of what the tool wrote since a file was last synced any part may be
 /// on the disk. The database is the old one or the new one.
 

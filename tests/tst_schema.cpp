@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The reference schemas in docs/schema against what the upgrade of the oldest samples leaves.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The standard curve behind the maker's interface: axes, methods, validity, points and flags.
 
 #include "coagulation/zucore/assaytemplate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The stand-in's search for a translation: beside the executable, then in the shared folder.
 
 #include "coagulation/core/translators.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The engine: opening, the stored version, finding and running steps, one transaction.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The check that a database is sound before its steps run.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What a failed statement means: a failure of content is the step's to judge, a failure of the
 /// environment ends the run, and afterwards the file is what it was.
 

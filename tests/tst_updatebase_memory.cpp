@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// An upgrade in which each of SQLite's requests for memory fails once.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The operations that steps are made of, on real files.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The data database from every stored version to the current one.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The conversions of step 10: values of variables, limits of items, display names of templates and
 /// names of reagents.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The refit of the stored curves in step 10, with a library that does what the test orders.
 
 #include "curvedouble.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The refit of the stored curves in step 10 with the library itself: curves of every kind of method
 /// whose fit can be told by hand.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The profile database of every older layout to version 10, with its factory rows.
 
 #include "messagerecorder.h"

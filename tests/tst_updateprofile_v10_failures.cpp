@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// What a failed statement does to the profile database's step to version 10.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Identifiers, settings, factory rows and labels of the profile database's step to version 10.
 
 #include "messagerecorder.h"

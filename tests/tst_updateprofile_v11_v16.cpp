@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The steps 11 to 16 of the profile database, each on the sample at the version before it.
 
 #include "messagerecorder.h"

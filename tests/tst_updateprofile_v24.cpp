@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Step 24 of the profile database: the keys of programs by reagent.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The quality-control database from every stored version to the current one.
 
 #include "messagerecorder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The tool as its user sees it: the real binary with its arguments, streams, exit codes and files.
 
 #include "testdatabase.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/core/translators.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Stand-in for the maker's library of the same name: the one operation that the tool calls.

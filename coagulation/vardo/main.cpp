@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// The driver: reads the command line, opens the log and upgrades the four databases in order.
 
 #include "coagulation/core/translators.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/vardo/updatebase.h"
 
 #include <QDebug>

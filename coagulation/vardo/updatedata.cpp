@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/vardo/updatedata.h"
 
 namespace coagulation {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/vardo/updateprofile.h"
 
 #include "coagulation/zucore/assaytemplate.h"

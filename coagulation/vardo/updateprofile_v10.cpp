@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Factory rows of version 10.
 
 #include "coagulation/vardo/updateprofile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Factory rows of version 14: ten further assays.
 
 #include "coagulation/vardo/updateprofile.h"

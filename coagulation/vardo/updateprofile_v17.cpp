@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// Factory rows of version 17: further programs of PT and the mixing studies of APTT.
 
 #include "coagulation/vardo/updateprofile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/vardo/updateqc.h"
 
 namespace coagulation {

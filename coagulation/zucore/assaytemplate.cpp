@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/zucore/assaytemplate.h"
 
 namespace coagulation {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/zucore/curvefit.h"
 
 #include <Eigen/QR>

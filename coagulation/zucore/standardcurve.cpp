@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "coagulation/zucore/standardcurve.h"
 
 #include "coagulation/zucore/curvefit.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Enumerations of the core library. Their numbers are stored in databases and may hold a value that

@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Data database, version 12.
 
 -- the version of a result that counts

@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Profile database, version 30.
 
 -- how an assay is calibrated

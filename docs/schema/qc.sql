@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- Quality-control database, version 3.
 
 -- target values of a material for each measured item and instrument

@@ -1,3 +1,4 @@
+-- SPDX-License-Identifier: MIT
 -- System log database, version 4.
 
 -- assay runs
