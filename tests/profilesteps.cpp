@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "profilesteps.h"
 
+#include "expectedsteps.h"
 #include "messagerecorder.h"
 
 #include <QFile>
@@ -181,21 +182,6 @@ QStringList DatabaseContent::lines() const
     return lines;
 }
 
-QStringList profileStepLog(int storedVersion, int failing)
-{
-    QStringList log;
-    for (int step = firstStep; step < firstStep + static_cast<int>(steps.size()); ++step) {
-        log << QString("Debug: %1: %2")
-                   .arg(QString("update_v%1()").arg(step), -12)
-                   .arg(step == failing             ? "FAIL"
-                            : storedVersion >= step ? "SKIP"
-                                                    : "PASS");
-        if (step == failing)
-            break;
-    }
-    return log;
-}
-
 QStringList debugMessages(const QStringList &messages)
 {
     return messages.filter(QRegularExpression("^Debug: "));
@@ -231,7 +217,7 @@ void verifyStepFails(int step, int storedVersion, const QStringList &obstacles,
     QCOMPARE(database.content(), before);
     QCOMPARE(debugMessages(recorder.messages()),
              QStringList{"Debug: Updating " + database.path()}
-                 + profileStepLog(storedVersion, step));
+                 + stepLog("profile", storedVersion, step));
     compareFailures(recorder, failing);
 }
 

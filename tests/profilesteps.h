@@ -8,7 +8,7 @@
 
 class MessageRecorder;
 
-/// \param number 10 to 30
+/// \param number as in stepsOf("profile")
 ProfileStep profileStep(int number);
 
 /// Fills a database, whose file is named "profile.db", with the sample as the steps 10 to `version`
@@ -57,9 +57,6 @@ private:
     QStringList schema;
     QMap<QString, QStringList> tables;
 };
-
-/// \return what the steps log in a run from a stored version on, up to the failing one if there is one
-QStringList profileStepLog(int storedVersion, int failing = 0);
 
 /// \return the debug messages among the messages
 QStringList debugMessages(const QStringList &messages);

@@ -6,6 +6,7 @@
 /// VARDO_CORRUPTION_CASE (the only one that is run) change what is tried.
 
 #include "corruption.h"
+#include "expectedsteps.h"
 #include "olddatabases.h"
 
 #include <QDir>
@@ -269,9 +270,8 @@ constexpr std::array layouts{
 struct Kind {
     QString name;
     QList<int> versions; ///< one for each layout
-    int newest;
-    QStringList rows;   ///< added, for some dozen pages
-    QString lastChange; ///< the one that a crashed program was at
+    QStringList rows;    ///< added, for some dozen pages
+    QString lastChange;  ///< the one that a crashed program was at
 };
 
 const QString hundreds = "with recursive n(i) as (select 1 union all select i + 1 from n"
@@ -287,7 +287,6 @@ const QString longText = "replace(hex(zeroblob(5000)), '00', 'ab')";
 const QList<Kind> kinds{
     {"profile",
      {0, 4, 8, 9, 12, 16, 22, 28},
-     30,
      {
          insertMany(150, "profile(name, value) select 'site/' || i, 'value of the site ' || i * 7"),
          "insert into profile(name, value) select 'site/long', " + longText,
@@ -299,7 +298,6 @@ const QList<Kind> kinds{
      "update curvePoint set z = z + 1"},
     {"data",
      {0, 1, 2, 3, 4, 7, 9, 11},
-     12,
      {
          insertMany(150,
                     "patient(id, sampleNo, date, time, name, sex, barcode) select 1000 + i, i,"
@@ -316,7 +314,6 @@ const QList<Kind> kinds{
      "update patient set name = name || '+'"},
     {"qc",
      {0, 0, 0, 1, 1, 2, 2, 2},
-     3,
      {
          insertMany(200,
                     "qc select 1000 + i, i % 20, '2019-03-' || i % 30, '08:00:' || i || '.5',"
@@ -332,7 +329,6 @@ const QList<Kind> kinds{
      "update qc set flag = flag + 1, remark = remark || '+'"},
     {"syslog",
      {0, 1, 2, 3, 0, 1, 2, 3},
-     4,
      {
          insertMany(250,
                     "assay select 1000 + i, '2019-03-' || i % 30, '08:00:' || i || '.5',"
@@ -632,7 +628,7 @@ private:
         return {};
     }
 
-    QByteArray newestVersion() const { return QByteArray::number(kind.newest); }
+    QByteArray newestVersion() const { return QByteArray::number(newestVersionOf(kind.name)); }
 
     QString differenceToUpgradedCopy() const
     {

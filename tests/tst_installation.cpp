@@ -23,7 +23,7 @@ QByteArray outputOf(const QString &program, const QStringList &arguments)
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(program, arguments);
     const bool finished = process.waitForFinished();
-    const QByteArray output = process.readAllStandardOutput();
+    QByteArray output = process.readAllStandardOutput();
     if (!finished || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
         qFatal("%s: %s", qUtf8Printable(program), output.constData());
     return output;

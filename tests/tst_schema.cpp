@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The reference schemas in docs/schema against what the upgrade of the oldest samples leaves.
 
+#include "expectedsteps.h"
 #include "messagerecorder.h"
 #include "profileupgrade.h"
 #include "testdatabase.h"
@@ -28,6 +29,8 @@ class TestSchema : public QObject {
 private slots:
     void isTheUpgradedSample_data();
     void isTheUpgradedSample();
+    void isTitledByTheNewestVersion_data();
+    void isTitledByTheNewestVersion();
     void listsTablesAndViewsByName_data();
     void listsTablesAndViewsByName();
     void hasOneColumnALine_data();
@@ -60,6 +63,23 @@ void TestSchema::isTheUpgradedSample()
 
     QVERIFY(upgraded);
     QCOMPARE(database.comparableSchema(), reference.comparableSchema());
+}
+
+void TestSchema::isTitledByTheNewestVersion_data()
+{
+    isTheUpgradedSample_data();
+}
+
+void TestSchema::isTitledByTheNewestVersion()
+{
+    QFETCH(QString, name);
+    QFile file(QString(SCHEMAS "/%1.sql").arg(name));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+
+    const QList<QByteArray> lines = file.readAll().split('\n');
+
+    const QByteArray version = ", version " + QByteArray::number(newestVersionOf(name)) + '.';
+    QVERIFY2(lines.value(1).endsWith(version), lines.value(1).constData());
 }
 
 void TestSchema::listsTablesAndViewsByName_data()

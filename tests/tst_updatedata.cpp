@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The data database from every stored version to the current one.
 
+#include "expectedsteps.h"
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "testdatabase.h"
@@ -19,21 +20,7 @@ bool upgrade(const TestDatabase &database)
     return UpdateData().run();
 }
 
-/// \return the lines of the steps, up to the failing one if there is one
-QStringList passOrSkip(int storedVersion, int failing = 0)
-{
-    QStringList log;
-    for (const int step : {8, 9, 10, 11, 12}) {
-        log << QString("Debug: %1: %2")
-                   .arg(QString("update_v%1()").arg(step), -12)
-                   .arg(step == failing            ? "FAIL"
-                            : storedVersion < step ? "PASS"
-                                                   : "SKIP");
-        if (step == failing)
-            break;
-    }
-    return log;
-}
+const QString newestVersion = QString::number(newestVersionOf("data"));
 
 const QStringList newSchema{
     "CREATE INDEX checkedResult_index on checkedResult(patientId, item, subitem)",
@@ -134,7 +121,7 @@ const QList<std::pair<QString, QStringList>> newTables{
     {"operator", {"1, NULL, '张丽'", "2, NULL, 'admin'"}},
     {"memo", {}},
     {"sampleAssayRequest", {}},
-    {"version", {"12"}},
+    {"version", {newestVersion}},
 };
 // clang-format on
 
@@ -146,8 +133,8 @@ class TestUpdateData : public QObject {
 private slots:
     void init();
 
-    void reachesVersion12FromEveryVersion_data();
-    void reachesVersion12FromEveryVersion();
+    void reachesTheNewestVersionFromEveryVersion_data();
+    void reachesTheNewestVersionFromEveryVersion();
     void keepsADetailOfEveryVersion_data();
     void keepsADetailOfEveryVersion();
     void failsAndKeepsTheFile_data();
@@ -176,15 +163,15 @@ void TestUpdateData::init()
     QTest::failOnWarning(QRegularExpression(".*"));
 }
 
-void TestUpdateData::reachesVersion12FromEveryVersion_data()
+void TestUpdateData::reachesTheNewestVersionFromEveryVersion_data()
 {
     QTest::addColumn<int>("stored");
 
-    for (int version = 0; version <= 12; ++version)
+    for (int version = 0; version <= newestVersionOf("data"); ++version)
         QTest::addRow("%d", version) << version;
 }
 
-void TestUpdateData::reachesVersion12FromEveryVersion()
+void TestUpdateData::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
     const TestDatabase database("data.db");
@@ -195,8 +182,8 @@ void TestUpdateData::reachesVersion12FromEveryVersion()
 
     QVERIFY(upgraded);
     QCOMPARE(recorder.messages(),
-             QStringList{"Debug: Updating " + database.path()} + passOrSkip(stored)
-                 + QStringList{"Debug: Updated version to 12"});
+             QStringList{"Debug: Updating " + database.path()} + stepLog("data", stored)
+                 + QStringList{"Debug: Updated version to " + newestVersion});
     QCOMPARE(database.schema(), newSchema);
     for (const auto &[table, rows] : newTables)
         QCOMPARE(database.table(table), rows);
@@ -349,7 +336,7 @@ void TestUpdateData::failsAndKeepsTheFile()
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);
-    QCOMPARE(recorder.messages().filter("Debug: update_v"), passOrSkip(stored, step));
+    QCOMPARE(recorder.messages().filter("Debug: update_v"), stepLog("data", stored, step));
     const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
     QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
     for (int i = 0; i < failing.size(); ++i) {
@@ -454,7 +441,7 @@ void TestUpdateData::ignoresAndWarnsOnce()
     const bool upgraded = upgrade(database);
 
     QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
-    QCOMPARE(database.table("version"), QStringList{"12"});
+    QCOMPARE(database.table("version"), QStringList{newestVersion});
     const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
     QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
     for (int i = 0; i < failing.size(); ++i) {
@@ -587,7 +574,7 @@ void TestUpdateData::choosesTheLaterOfTwoOldResults()
 
 void TestUpdateData::deletesAllOfAPatientAndNoMore_data()
 {
-    reachesVersion12FromEveryVersion_data();
+    reachesTheNewestVersionFromEveryVersion_data();
 }
 
 void TestUpdateData::deletesAllOfAPatientAndNoMore()
@@ -614,7 +601,7 @@ void TestUpdateData::deletesAllOfAPatientAndNoMore()
 
 void TestUpdateData::showsTheOldResultsThroughTheView_data()
 {
-    reachesVersion12FromEveryVersion_data();
+    reachesTheNewestVersionFromEveryVersion_data();
 }
 
 void TestUpdateData::showsTheOldResultsThroughTheView()

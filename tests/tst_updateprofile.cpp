@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// The profile database from every stored version to the current one.
 
+#include "expectedsteps.h"
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "profilesteps.h"
@@ -8,6 +9,9 @@
 #include <QtTest>
 
 namespace {
+
+const int newestVersion = newestVersionOf("profile");
+const QString updated = QString("Debug: Updated version to %1").arg(newestVersion);
 
 /// \return what is in an upgraded database, with one date for all curves that were fitted again, whose
 ///         date is the day of the test
@@ -56,8 +60,8 @@ class TestUpdateProfile : public QObject {
 private slots:
     void init();
 
-    void reachesVersion30_data();
-    void reachesVersion30();
+    void reachesTheNewestVersionFromEveryVersion_data();
+    void reachesTheNewestVersionFromEveryVersion();
     void changesNothingInASecondRun();
     void lowersAVersionAboveTheNewestStep();
     void keepsTheFileAfterAFailureOfAnyStep_data();
@@ -69,15 +73,15 @@ void TestUpdateProfile::init()
     QTest::failOnWarning(QRegularExpression(".*"));
 }
 
-void TestUpdateProfile::reachesVersion30_data()
+void TestUpdateProfile::reachesTheNewestVersionFromEveryVersion_data()
 {
     QTest::addColumn<int>("stored");
 
-    for (int version = 0; version <= 30; ++version)
+    for (int version = 0; version <= newestVersion; ++version)
         QTest::addRow("%d", version) << version;
 }
 
-void TestUpdateProfile::reachesVersion30()
+void TestUpdateProfile::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
     const TestDatabase fromTheOldest("profile.db");
@@ -94,14 +98,14 @@ void TestUpdateProfile::reachesVersion30()
     QVERIFY(upgraded);
     const QStringList log = recorder.messages();
     QCOMPARE(log.constFirst(), "Debug: Updating " + database.path());
-    QCOMPARE(log.filter(QRegularExpression("^Debug: update_v")), profileStepLog(stored));
-    QCOMPARE(log.constLast(), "Debug: Updated version to 30");
+    QCOMPARE(log.filter(QRegularExpression("^Debug: update_v")), stepLog("profile", stored));
+    QCOMPARE(log.constLast(), updated);
     compareFailures(
         recorder,
         stored == 8 || stored == 9
             ? QStringList{"insert or ignore into assaytemplate values(22, 'XA', null, 220,"}
             : QStringList());
-    QCOMPARE(database.table("version"), QStringList{"30"});
+    QCOMPARE(database.table("version"), QStringList{QString::number(newestVersion)});
     QCOMPARE(contentOf(database).lines(), expected.lines());
 }
 
@@ -117,18 +121,17 @@ void TestUpdateProfile::changesNothingInASecondRun()
 
     QVERIFY(upgraded);
     QCOMPARE(database.content(), before);
-    QStringList log{"Debug: Updating " + database.path()};
-    for (int step = 10; step <= 30; ++step)
-        log << QString("Debug: update_v%1(): SKIP").arg(step);
-    QCOMPARE(recorder.messages(), log << "Debug: Updated version to 30");
+    QCOMPARE(recorder.messages(),
+             QStringList{"Debug: Updating " + database.path()} + stepLog("profile", newestVersion)
+                 + QStringList{updated});
 }
 
 void TestUpdateProfile::lowersAVersionAboveTheNewestStep()
 {
     const TestDatabase database("profile.db");
-    makeDatabaseAt(database, "profile", 30);
+    makeDatabaseAt(database, "profile", newestVersion);
     const QStringList before = database.content();
-    database.execute({"update version set version = 31"});
+    database.execute({"update version set version = version + 1"});
 
     const bool upgraded = upgradeProfile(database);
 
@@ -173,7 +176,7 @@ void TestUpdateProfile::keepsTheFileAfterAFailureOfAnyStep()
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);
     const QStringList log = debugMessages(recorder.messages());
-    QCOMPARE(log.filter(QRegularExpression("^Debug: update_v")), profileStepLog(stored, step));
+    QCOMPARE(log.filter(QRegularExpression("^Debug: update_v")), stepLog("profile", stored, step));
     QCOMPARE(log.filter("Updated version"), QStringList());
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// Step 24 of the profile database: the keys of programs by reagent.
 
+#include "expectedsteps.h"
 #include "messagerecorder.h"
 #include "profilesteps.h"
 
@@ -367,7 +368,7 @@ void TestUpdateProfileV24::failsWhenTheRenamingCannotBePrepared()
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);
     QCOMPARE(debugMessages(recorder.messages()),
-             QStringList{"Debug: Updating " + database.path()} + profileStepLog(23, 24));
+             QStringList{"Debug: Updating " + database.path()} + stepLog("profile", 23, 24));
     const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
     QCOMPARE(warnings.size(), 1);
     QVERIFY2(warnings.constFirst().contains("cannot modify profile because it is a view"),
