@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// What cmake --install leaves: the tool alone with its documents, and that tool at work.
 
+#include "expectedsteps.h"
 #include "testdatabase.h"
 
 #include <QDir>
@@ -38,6 +39,7 @@ private slots:
     void initTestCase();
 
     void holdsTheToolAndItsDocuments();
+    void hasAManualOfTheNewestVersions();
     void hasAToolThatUpgrades();
 
 private:
@@ -53,6 +55,7 @@ void TestInstallation::holdsTheToolAndItsDocuments()
 {
     QStringList expected{
         "bin/" TOOL,
+        "share/doc/vardo/CHANGELOG.md",
         "share/doc/vardo/README.md",
         "share/doc/vardo/copyright",
         "share/doc/vardo/operating.md",
@@ -73,16 +76,32 @@ void TestInstallation::holdsTheToolAndItsDocuments()
     QVERIFY(QFileInfo(root.filePath("bin/" TOOL)).isExecutable());
 }
 
+void TestInstallation::hasAManualOfTheNewestVersions()
+{
+    QFile manual(root.filePath("share/doc/vardo/operating.md"));
+    QVERIFY(manual.open(QIODevice::ReadOnly));
+
+    const QString text = QString::fromUtf8(manual.readAll()).simplified();
+
+    const QString expected = QString("knows profile %1, data %2, qc %3 and syslog %4.")
+                                 .arg(newestVersionOf("profile"))
+                                 .arg(newestVersionOf("data"))
+                                 .arg(newestVersionOf("qc"))
+                                 .arg(newestVersionOf("syslog"));
+    QVERIFY2(text.contains(expected), qUtf8Printable(expected));
+}
+
 void TestInstallation::hasAToolThatUpgrades()
 {
+    const QByteArray newestVersion = QByteArray::number(newestVersionOf("profile"));
     const TestDatabase database("profile.db");
     database.load("profile_v0.sql");
 
     const QByteArray log =
         outputOf(root.filePath("bin/" TOOL), {"-p", database.folderPath() + '/'});
 
-    QVERIFY2(log.contains("\nUpdated version to 30\n"), log.constData());
-    QCOMPARE(database.rows("select version from version"), QStringList{"30"});
+    QVERIFY2(log.contains("\nUpdated version to " + newestVersion + '\n'), log.constData());
+    QCOMPARE(database.rows("select version from version"), QStringList{newestVersion});
     QCOMPARE(database.rows("select value from profile where name = 'patient/instrId'"),
              QStringList{TRANSLATED ? "'Instrument'" : "'测量仪器'"});
 }
