@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /// How many curves of 7 points, measured with 1 % noise, are fitted in a second.
 
 #include "coagulation/zucore/curvefit.h"
