@@ -349,7 +349,7 @@ def main():
     shutil.rmtree(WORK, ignore_errors=True)
     WORK.mkdir(parents=True)
 
-    data_runs = {1_000: 5, 10_000: 5} if quick else {10_000: 21, 100_000: 9, 1_000_000: 5}
+    data_runs = {1_000: 5, 10_000: 5} if quick else {10_000: 41, 100_000: 21, 1_000_000: 7}
     qc_runs = {10_000: 5} if quick else {1_000_000: 9}
     up_to_date = compare_up_to_date(11 if quick else 101)
     by_patients = [("data", patients, compare_data(patients, runs))

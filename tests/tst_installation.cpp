@@ -56,7 +56,6 @@ void TestInstallation::holdsTheToolAndItsDocuments()
     QStringList expected{
         "bin/" TOOL,
         "share/doc/vardo/CHANGELOG.md",
-        "share/doc/vardo/README.md",
         "share/doc/vardo/copyright",
         "share/doc/vardo/operating.md",
         "share/man/man1/vardo.1",
