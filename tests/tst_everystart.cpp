@@ -5,6 +5,7 @@
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "profilesteps.h"
+#include "toolrun.h"
 
 #include "coagulation/vardo/updatedata.h"
 #include "coagulation/vardo/updateprofile.h"
@@ -12,7 +13,6 @@
 #include "coagulation/vardo/updatesyslog.h"
 
 #include <QMetaMethod>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QtTest>
 
@@ -181,26 +181,6 @@ const Database &databaseNamed(const QString &name)
                          [&name](const Database &database) { return database.name == name; });
 }
 
-struct Run {
-    int exitCode = -1;
-    QStringList log; ///< without what the handler puts at the end of a line
-};
-
-Run runVardo(const TestDatabase &database)
-{
-    QProcess process;
-    process.start(VARDO, {"-p", database.folderPath() + '/', database.path() + ".log"});
-    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
-        qFatal("%s: %s", VARDO, qUtf8Printable(process.errorString()));
-    QFile file(database.path() + ".log");
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("no log");
-    const QString log = QString::fromUtf8(file.readAll());
-    file.remove();
-    return {process.exitCode(),
-            QString(log).remove(" ((null):0, (null))").split('\n', Qt::SkipEmptyParts)};
-}
-
 /// \return the log of a run on one database, without the lines of the three missing ones
 QStringList expectedLog(const TestDatabase &database, const QString &name, int stored)
 {
@@ -299,9 +279,9 @@ void TestEveryStart::everyVersionIsUpgraded()
     }
     const QStringList brokenReferences = database.rows(brokenReferencesOf(name, stored));
 
-    const Run first = runVardo(database);
+    const ToolRun first = runTool(VARDO, database);
     const QStringList upgraded = database.content();
-    const Run second = runVardo(database);
+    const ToolRun second = runTool(VARDO, database);
 
     QCOMPARE(first.exitCode, 0);
     QCOMPARE(linesOfTheEngine(first.log), expectedLog(database, name, stored));
@@ -340,7 +320,7 @@ void TestEveryStart::aVersionAboveTheNewestIsLowered()
     const QStringList newest = database.content();
     database.execute({QString("update version set version = %1").arg(stored)});
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(linesOfTheEngine(run.log), expectedLog(database, name, stored));
@@ -369,7 +349,7 @@ void TestEveryStart::stepByStepIsTheSameAsOneRun()
     QFETCH(RunSteps, runSteps);
     const TestDatabase inOneRun(name + ".db");
     makeDatabaseAt(inOneRun, name, 0);
-    QCOMPARE(runVardo(inOneRun).exitCode, 0);
+    QCOMPARE(runTool(VARDO, inOneRun).exitCode, 0);
     const TestDatabase database(name + ".db");
     makeDatabaseAt(database, name, 0);
     const MessageRecorder recorder;

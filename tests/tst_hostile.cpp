@@ -2,29 +2,14 @@
 /// Contents that look like statements, or that are extreme, arrive as they were, and nothing else changes.
 
 #include "olddatabases.h"
+#include "toolrun.h"
 
 #include <QFile>
 #include <QMap>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QtTest>
 
 namespace {
-
-struct Run {
-    int exitCode = -1;
-    QStringList log;
-};
-
-Run runVardo(const TestDatabase &database)
-{
-    QProcess process;
-    process.start(VARDO, {"-p", database.folderPath() + '/'});
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit)
-        qFatal("%s: %s", VARDO, qUtf8Printable(process.errorString()));
-    return {process.exitCode(),
-            QString::fromUtf8(process.readAllStandardError()).split('\n', Qt::SkipEmptyParts)};
-}
 
 /// Stands for the text in the statements below.
 const QString placeholder = "<text>";
@@ -143,7 +128,7 @@ QStringList expectedContent(const QString &name, const QString &text, const QStr
         const TestDatabase database(name + ".db");
         makeDatabaseAt(database, name, 0);
         database.execute(rowsOf(name, harmless, without));
-        if (runVardo(database).exitCode != 0)
+        if (runTool(VARDO, database).exitCode != 0)
             qFatal("harmless rows are not upgraded");
         content = exactContent(database);
     }
@@ -294,7 +279,7 @@ void TestHostile::textsArriveAsTheyWere()
     makeDatabaseAt(database, name, 0);
     database.execute(rowsOf(name, text, without));
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     QCOMPARE(exactContent(database), expected);
@@ -328,7 +313,7 @@ void TestHostile::invalidTextsArriveAsTheyWere()
     makeDatabaseAt(database, name, 0);
     database.execute(rowsOf(name, text, without));
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     if (changed)
@@ -363,11 +348,11 @@ void TestHostile::refusesLimitsThatNoStatementHolds()
                           + limits + ')'});
     const QByteArray before = database.bytes();
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QCOMPARE(run.exitCode, 1);
     QCOMPARE(database.bytes(), before);
-    const QString failed = run.log.value(run.log.indexOf("update_v10(): FAIL") - 1);
+    const QString failed = run.log.value(run.log.indexOf("Debug: update_v10(): FAIL") - 1);
     QVERIFY2(failed.contains("[ \"UPDATE assayItem SET lowerReport="), qUtf8Printable(failed));
 }
 
@@ -402,7 +387,7 @@ void TestHostile::extremeNumbersArriveAsTheyWere()
     const QStringList before = extremeRows(database, table.oldName, table.columns);
     QCOMPARE(before.size(), numbers.size());
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     QCOMPARE(extremeRows(database, table.newName, table.columns), before);
@@ -424,7 +409,7 @@ void TestHostile::limitsArriveToTheLastBit()
              .arg(limits.at(0), limits.at(1), limits.at(2), limits.at(3), limits.at(4),
                   limits.at(5))});
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(database.rows("select lowerReport, upperReport, lowerRepeat, upperRepeat,"
@@ -464,7 +449,7 @@ void TestHostile::largeValuesArriveAsTheyWere()
                       QString("update upgraded.%1 set %2 = (select value from value) where id = 1")
                           .arg(table, column)});
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     database.execute({QString("attach '%1' as original").arg(original.path()),
@@ -495,7 +480,7 @@ void TestHostile::manyLookupRowsArriveAsTheyWere()
         database.execute({numbered + "insert into " + table
                           + " select i * 3, 'a' || (i % 1000), 'name ' || (i * 7) from n"});
 
-    const Run run = runVardo(database);
+    const ToolRun run = runTool(VARDO, database);
 
     QCOMPARE(run.exitCode, 0);
     const QString sound =
