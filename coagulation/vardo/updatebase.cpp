@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/vardo/updatebase.h"
 
+#include "coagulation/vardo/damagecheck.h"
+
 #include <QDebug>
 #include <QFileInfo>
 #include <QMap>
@@ -19,12 +21,7 @@ namespace coagulation {
 
 namespace {
 
-constexpr int patience = 5000; ///< ms of waiting for a lock, the driver's own default
-
-int primaryCode(const QSqlError &error)
-{
-    return error.nativeErrorCode().toInt() & 0xff; // the other bits tell details
-}
+constexpr int lockTimeout = 5000; ///< ms, the driver's own default
 
 /// \return true for a failure that has nothing to do with what is in the database
 bool isEnvironmentError(const QSqlError &error)
@@ -47,15 +44,8 @@ bool isEnvironmentError(const QSqlError &error)
         22, // no large files
         26, // not a database
     };
-    return std::find(codes.begin(), codes.end(), primaryCode(error)) != codes.end();
-}
-
-/// \return true when SQLite says by the failure that the file is damaged
-bool isDamage(const QSqlError &error)
-{
-    constexpr int corrupt = 11;
-    constexpr int notADatabase = 26;
-    return primaryCode(error) == corrupt || primaryCode(error) == notADatabase;
+    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits tell details
+    return std::find(codes.begin(), codes.end(), code) != codes.end();
 }
 
 /// \return the methods update_v<N>() that the object's class itself declares, by N
@@ -128,21 +118,6 @@ Probe probeTransaction()
     return Probe::Ended;
 }
 
-/// \param check the executed "pragma integrity_check"
-/// \return its first row that is not about a value which breaks a constraint or is not of its column's
-///         type: older software wrote such values, and the file itself is sound
-QString findingNotAboutAValue(QSqlQuery &check)
-{
-    static const QRegularExpression aboutAValue(R"(^(CHECK constraint failed in |\S+ value in ))");
-
-    while (check.next()) {
-        QString finding = check.value(0).toString();
-        if (!aboutAValue.match(finding).hasMatch())
-            return finding;
-    }
-    return {};
-}
-
 QSqlRecord withoutColumns(QSqlRecord record, const QStringList &columns)
 {
     for (const QString &column : columns)
@@ -201,6 +176,11 @@ QString databaseFileName(const QString &pattern)
     return pattern.arg(fileNameAffixes().prefix, fileNameAffixes().suffix);
 }
 
+QDebug debugFrom(const char *sourceFile, int line)
+{
+    return qDebug() << sourceFile << "(" << line << "): ";
+}
+
 UpdateBase::UpdateBase(const QString &path, QObject *parent)
     : QObject(parent)
 {
@@ -245,15 +225,15 @@ bool UpdateBase::run()
 
     // Since construction another run may have upgraded the file, or a lock have hidden its version.
     readVersion();
-    if (isAbandoned())
+    if (!verifyTransaction())
         return false;
 
     const bool upgraded = upgrade();
-    if (isAbandoned())
+    if (!verifyTransaction())
         return false;
     if (upgraded) {
         QSqlDatabase database = connection();
-        waitForLocks(patience);
+        waitForLocks(lockTimeout);
         if (database.commit()) {
             transaction = Transaction::None;
             return true;
@@ -270,7 +250,7 @@ bool UpdateBase::beginTransaction()
     QSqlError error = connection().isOpen() ? QSqlError() : openConnection();
     if (!error.isValid()) {
         // Immediate, so that a lock of the analyser software is met here and not within a step.
-        waitForLocks(patience);
+        waitForLocks(lockTimeout);
         QSqlQuery begin;
         if (!begin.exec("begin immediate"))
             error = begin.lastError();
@@ -292,7 +272,7 @@ void UpdateBase::rollBack()
         return;
     QSqlDatabase database = connection();
     if (!database.rollback()) {
-        // "roolback" is kept: support looks for it in the logs
+        // "roolback": support looks for this spelling in the logs
         qWarning() << "Failed to call roolback:" << database.lastError().text();
     }
 }
@@ -301,12 +281,12 @@ bool UpdateBase::upgrade()
 {
     const QMap<int, QMetaMethod> steps = findSteps(*metaObject());
     if (steps.isEmpty()) {
-        qDebug() << sourcePath(__FILE__) << "(" << __LINE__ << "): " << metaObject()->className()
-                 << "does not contain methods like 'bool update_v<N>()'";
+        debugFrom(SOURCE_LINE) << metaObject()->className()
+                               << "does not contain methods like 'bool update_v<N>()'";
         return true;
     }
 
-    if (version != steps.lastKey() && !isSound())
+    if (version != steps.lastKey() && !passesDamageCheck())
         return false;
 
     for (auto step = steps.begin(); step != steps.end(); ++step) {
@@ -316,7 +296,8 @@ bool UpdateBase::upgrade()
             continue;
         }
         bool passed = false;
-        if (!step->invoke(this, Qt::DirectConnection, Q_RETURN_ARG(bool, passed)) || isAbandoned())
+        if (!step->invoke(this, Qt::DirectConnection, Q_RETURN_ARG(bool, passed))
+            || !verifyTransaction())
             passed = false;
         qDebug("%-12s: %s", signature.constData(), passed ? "PASS" : "FAIL");
         if (!passed)
@@ -324,7 +305,7 @@ bool UpdateBase::upgrade()
     }
 
     // A changed value that is not of its column's type may not be found in an index any more.
-    if (hasOddValues && !isSound())
+    if (hasOddValues && !passesDamageCheck())
         return false;
 
     // also when every step was skipped: a version above the newest step is lowered to it
@@ -337,48 +318,18 @@ bool UpdateBase::upgrade()
     return true;
 }
 
-bool UpdateBase::isSound()
+bool UpdateBase::passesDamageCheck()
 {
-    // The first finding tells nearly always; if it is about a value, one of the others may not be.
-    for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
-        QSqlQuery check;
-        check.setForwardOnly(true);
-        const QString finding = check.exec(sql) ? findingNotAboutAValue(check) : QString();
-        if (finding == "ok")
-            return isSchemaSound();
-        if (!finding.isEmpty()) {
-            reportDamage(finding);
-            return false;
-        }
-        if (check.lastError().isValid()) {
-            // else an unknown collation or function, say, which the steps may not need
-            logFailedCheck(check, SOURCE_LINE);
-            return !isAbandoned();
-        }
-        hasOddValues = true;
+    const DamageReport report = checkForDamage(connection());
+    hasOddValues = hasOddValues || report.hasOddValues;
+    if (!report.damage.isEmpty()) {
+        reportDamage(report.damage);
+        return false;
     }
-    return isSchemaSound();
-}
-
-bool UpdateBase::isSchemaSound()
-{
-    // SQLite reads these names in any case, but finds what a statement changes by the exact ones: the
-    // change would be left out without a failure.
-    QSqlQuery entries;
-    entries.setForwardOnly(true);
-    if (!entries.exec("select type || ' ' || name from sqlite_master as entry"
-                      " where type not in ('table', 'index', 'trigger', 'view')"
-                      " or (type in ('table', 'view') and tbl_name <> name)"
-                      " or (type = 'index' and not exists (select 1 from sqlite_master"
-                      " where type = 'table' and name = entry.tbl_name))"
-                      " or (name not glob '*[\"''`]*' and instr(sql, name) = 0)")) {
-        logFailedCheck(entries, SOURCE_LINE);
-        return !isAbandoned();
-    }
-    if (!entries.next())
-        return !isAbandoned();
-    reportDamage("misspelt entry of the schema: " + entries.value(0).toString());
-    return false;
+    // A failure may be about an unknown collation or function, say, which the steps do not need.
+    if (report.failure)
+        logFailedCheck(report.failure->query, report.failure->sourceFile, report.failure->line);
+    return verifyTransaction();
 }
 
 void UpdateBase::reportDamage(QString finding) const
@@ -400,7 +351,7 @@ void UpdateBase::logFailedCheck(const QSqlQuery &query, const char *sourceFile, 
 bool UpdateBase::exec(const char *sourceFile, int line, const QString &sql,
                       const QVariantMap &values)
 {
-    if (isAbandoned())
+    if (!verifyTransaction())
         return false;
 
     QSqlQuery query;
@@ -454,14 +405,14 @@ void UpdateBase::abandon()
     QSqlQuery().exec("pragma query_only=on");
 }
 
-bool UpdateBase::isAbandoned()
+bool UpdateBase::verifyTransaction()
 {
     if (transaction == Transaction::Open && probeTransaction() != Probe::Open) {
         qWarning("The transaction has ended, most likely for want of memory: %s",
                  qUtf8Printable(filePath));
         abandon();
     }
-    return transaction == Transaction::Abandoned;
+    return transaction != Transaction::Abandoned;
 }
 
 bool UpdateBase::endsRun(const QSqlError &error) const
@@ -474,28 +425,28 @@ bool UpdateBase::readRows(QSqlQuery &query, const char *sourceFile, int line,
                           const std::function<bool()> &row)
 {
     bool complete = true;
-    while (complete && !isAbandoned() && query.next())
+    while (complete && verifyTransaction() && query.next())
         complete = row();
     if (query.lastError().isValid()) {
         logSqlError(query, sourceFile, line);
         complete = false;
     }
     query.finish(); // an unfinished query locks its tables against a change of their layout
-    return complete && !isAbandoned();
+    return complete && verifyTransaction();
 }
 
 bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRecord &defaults,
                            const QStringList &excluded,
                            const std::function<void(QSqlRecord &)> &adjust)
 {
-    if (isAbandoned())
+    if (!verifyTransaction())
         return false;
 
     QSqlQuery rows;
     rows.setForwardOnly(true);
     if (!rows.exec("select * from " + from)) {
         logSqlError(rows, SOURCE_LINE);
-        return !isAbandoned();
+        return verifyTransaction();
     }
     if (adjust)
         return copyAdjustedRows(rows, to, defaults, excluded, adjust);
@@ -505,7 +456,7 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     QSqlRecord row = withoutColumns(rows.record(), excluded);
     setDefaults(row, defaults);
     rows.finish();
-    if (isAbandoned())
+    if (!verifyTransaction())
         return false;
     QStringList columns;
     QStringList values;
@@ -546,7 +497,7 @@ bool UpdateBase::copyAdjustedRows(QSqlQuery &rows, const QString &to, const QSql
         QSqlRecord row = withoutColumns(currentRow(rows), excluded);
         setDefaults(row, defaults);
         adjust(row);
-        if (isAbandoned())
+        if (!verifyTransaction())
             return false;
         const bool inserted = insertRow(insert, to, row);
         if (!inserted)
@@ -578,7 +529,7 @@ bool UpdateBase::removeDecimals(const QString &table, const QStringList &columns
 bool UpdateBase::updateOrInsert(const QString &updateSql, const QString &insertSql,
                                 const char *sourceFile, int line)
 {
-    if (isAbandoned())
+    if (!verifyTransaction())
         return false;
 
     QSqlQuery query;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "coagulation/vardo/sourceline.h"
+
 #include <QObject>
 #include <QSqlRecord>
 #include <QString>
@@ -9,8 +11,8 @@
 
 #include <functional>
 #include <initializer_list>
-#include <string_view>
 
+class QDebug;
 class QSqlError;
 class QSqlQuery;
 
@@ -30,15 +32,6 @@ FileNameAffixes &fileNameAffixes();
 /// \return the file name, relative to the working directory unless the prefix is an absolute path
 QString databaseFileName(const QString &pattern);
 
-/// \param file what the compiler tells by __FILE__, in whatever folder the project is built
-/// \return the path from the project's root on, for units below coagulation/
-consteval const char *sourcePath(const char *file)
-{
-    const std::string_view path = file;
-    const auto start = path.rfind("coagulation");
-    return start == std::string_view::npos ? file : path.substr(start).data();
-}
-
 /// One SQL statement of a step, with the place in the source that its failure is logged with.
 struct Statement {
     QString sql;
@@ -46,11 +39,12 @@ struct Statement {
     int line;
 };
 
-/// The source file and line of the caller, as two arguments.
-#define SOURCE_LINE ::coagulation::sourcePath(__FILE__), __LINE__
 /// A statement that knows its own source line. A macro, since a defaulted argument would tell the
 /// line of the list that the statement stands in.
 #define SQL(sql) (::coagulation::Statement{sql, SOURCE_LINE})
+
+/// \return a debug message that begins with the place it comes from; for SOURCE_LINE
+QDebug debugFrom(const char *sourceFile, int line);
 
 /// The engine: brings one SQLite database file up to the newest step of a derived class.
 ///
@@ -146,18 +140,21 @@ private:
 
     [[nodiscard]] bool beginTransaction();
     void readVersion();
-    [[nodiscard]] bool isSound();
-    [[nodiscard]] bool isSchemaSound();
+    /// Logs the damage if there is any.
+    /// \return false when the file has to be left as it is
+    [[nodiscard]] bool passesDamageCheck();
     void reportDamage(QString finding) const;
     /// Of a query before the first step, where SQLite's finding the file damaged is what is looked for.
     void logFailedCheck(const QSqlQuery &query, const char *sourceFile, int line);
     void rollBack();
     bool endsRun(const QSqlError &error) const;
     void abandon();
-    /// Every operation asks first, or it would write outside of the transaction. SQLite may have ended
-    /// that without letting a statement fail: if a value finds no memory on its way to the driver, it
-    /// tells so only when its query is finished, which the driver does not report.
-    [[nodiscard]] bool isAbandoned();
+    /// Asks SQLite whether the transaction is still there, and abandons the run with a warning if it is
+    /// not. Every operation does so first, or it would write outside of the transaction: SQLite may have
+    /// ended that without letting a statement fail. If a value finds no memory on its way to the driver,
+    /// SQLite tells so only when the query is finished, and the driver does not report it.
+    /// \return false when the run was abandoned, now or before
+    [[nodiscard]] bool verifyTransaction();
     [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,
                                         const QSqlRecord &defaults, const QStringList &excluded,
                                         const std::function<void(QSqlRecord &)> &adjust);

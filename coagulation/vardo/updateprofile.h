@@ -44,10 +44,12 @@ public slots:
 private:
     struct RefitQueries;
 
-    // update_v10: its sections, layouts and conversions
+    // update_v10: its three phases
     [[nodiscard]] bool changeLayouts();
     [[nodiscard]] bool convertValues();
     [[nodiscard]] bool completeAssays();
+
+    // update_v10: in updateprofile_v10_layouts.cpp
     [[nodiscard]] bool addCurveInfo();
     [[nodiscard]] bool addCurrentCurve();
     [[nodiscard]] bool addItemRanges();
@@ -55,18 +57,22 @@ private:
     [[nodiscard]] bool makeReagentIdsUnique();
     [[nodiscard]] bool renumberReagents(const QMap<qint64, QString> &duplicates,
                                         QSet<QString> taken);
-    void correctItems();
+    [[nodiscard]] bool addDisplayNames();
+
+    // update_v10: in updateprofile_v10_conversions.cpp
+    void correctItemsAndThresholds();
     [[nodiscard]] bool fillVariables();
+    [[nodiscard]] bool moveLimitsToItems();
+    [[nodiscard]] bool renameReagents();
+    [[nodiscard]] bool renameReagent(const QString &from, const QString &to);
+
+    // update_v10: in updateprofile_v10_curves.cpp
     [[nodiscard]] bool refitStandardCurves();
     [[nodiscard]] bool refitStandardCurve(const QSqlQuery &row, RefitQueries &queries);
     [[nodiscard]] bool storeCurve(const StandardCurve &curve, qint64 id, const QVariantList &rowids,
                                   RefitQueries &queries);
-    [[nodiscard]] bool moveLimitsToItems();
-    [[nodiscard]] bool addDisplayNames();
-    [[nodiscard]] bool renameReagents();
-    [[nodiscard]] bool renameReagent(const QString &from, const QString &to);
 
-    // update_v10: factory rows, in updateprofile_v10.cpp
+    // update_v10: factory rows, in updateprofile_v10_rows.cpp
     [[nodiscard]] bool writeFirstDefaults();
     void setCalibrationAxes();
     [[nodiscard]] bool addPatientLabels();
@@ -76,7 +82,7 @@ private:
     [[nodiscard]] bool writeChineseCodes();
     [[nodiscard]] bool assignReagentIds();
     [[nodiscard]] bool setReportLimits();
-    void checkResults();
+    void writeResultChecks();
     void addClottingTimes();
     [[nodiscard]] bool setNormalRanges();
     void addAntiXa();

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "coagulation/vardo/damagecheck.h"
+
+#include "coagulation/vardo/sourceline.h"
+
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlError>
+
+#include <utility>
+
+namespace coagulation {
+
+namespace {
+
+/// \param check the executed "pragma integrity_check"
+/// \return its first row that is not about a value which breaks a constraint or is not of its column's
+///         type: older software wrote such values, and the file itself is sound
+QString findingNotAboutAValue(QSqlQuery &check)
+{
+    static const QRegularExpression aboutAValue(R"(^(CHECK constraint failed in |\S+ value in ))");
+
+    while (check.next()) {
+        QString finding = check.value(0).toString();
+        if (!aboutAValue.match(finding).hasMatch())
+            return finding;
+    }
+    return {};
+}
+
+void checkFile(const QSqlDatabase &connection, DamageReport &report)
+{
+    // The first finding is nearly always enough; if it is about a value, one of the others may not be.
+    for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
+        QSqlQuery check(connection);
+        check.setForwardOnly(true);
+        const QString finding = check.exec(sql) ? findingNotAboutAValue(check) : QString();
+        if (finding == "ok")
+            return;
+        if (!finding.isEmpty()) {
+            report.damage = finding;
+            return;
+        }
+        if (check.lastError().isValid()) {
+            report.failure.emplace(std::move(check), SOURCE_LINE);
+            return;
+        }
+        report.hasOddValues = true;
+    }
+}
+
+void checkSchema(const QSqlDatabase &connection, DamageReport &report)
+{
+    // SQLite reads these names in any case, but finds what a statement changes by the exact ones: the
+    // change would be left out without a failure.
+    QSqlQuery entries(connection);
+    entries.setForwardOnly(true);
+    if (!entries.exec("select type || ' ' || name from sqlite_master as entry"
+                      " where type not in ('table', 'index', 'trigger', 'view')"
+                      " or (type in ('table', 'view') and tbl_name <> name)"
+                      " or (type = 'index' and not exists (select 1 from sqlite_master"
+                      " where type = 'table' and name = entry.tbl_name))"
+                      " or (name not glob '*[\"''`]*' and instr(sql, name) = 0)"))
+        report.failure.emplace(std::move(entries), SOURCE_LINE);
+    else if (entries.next())
+        report.damage = "misspelt entry of the schema: " + entries.value(0).toString();
+}
+
+} // namespace
+
+DamageReport checkForDamage(const QSqlDatabase &connection)
+{
+    DamageReport report;
+    checkFile(connection, report);
+    if (report.damage.isEmpty() && !report.failure)
+        checkSchema(connection, report);
+    return report;
+}
+
+bool isDamage(const QSqlError &error)
+{
+    // primary result codes, https://www.sqlite.org/rescode.html
+    constexpr int corrupt = 11;
+    constexpr int notADatabase = 26;
+    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits tell details
+    return code == corrupt || code == notADatabase;
+}
+
+} // namespace coagulation

@@ -1,0 +1,415 @@
+// SPDX-License-Identifier: MIT
+/// The check that a database is sound before its steps run.
+
+#include "messagerecorder.h"
+#include "stepupdater.h"
+#include "testdatabase.h"
+
+#include <QFile>
+#include <QtTest>
+
+namespace {
+
+const QString versionTable = "create table version(version integer)";
+
+/// Changes the schema behind SQLite's back.
+QStringList redefine(const QString &change)
+{
+    return {"pragma writable_schema=on", change, "pragma writable_schema=reset"};
+}
+
+/// \return what makes a table whose index lacks the rows
+QStringList tableWithAnEmptyIndex()
+{
+    return QStringList{"create table damaged(a)", "create index damagedIndex on damaged(a)",
+                       "create table stash as select * from sqlite_master"
+                       " where name = 'damagedIndex'"}
+    + redefine("delete from sqlite_master where name = 'damagedIndex'")
+        + QStringList{"insert into damaged values(1), (2), (3)"}
+    + redefine("insert into sqlite_master select * from stash");
+}
+
+/// \return what makes a table with as many nulls as asked for in a column that takes none
+QStringList tableWithNulls(int count)
+{
+    return QStringList{"create table early(a)",
+                       QString("with recursive n(i) as (select 1 union all select i + 1 from n"
+                               " limit %1) insert into early select null from n")
+                           .arg(count)}
+    + redefine("update sqlite_master set sql = 'CREATE TABLE early(a not null)'"
+               " where name = 'early'");
+}
+
+struct Outcome {
+    bool upgraded = false;
+    bool stepRan = false;
+    QStringList messages;
+};
+
+Outcome upgrade(const TestDatabase &database, const QString &stepSql = "select 1")
+{
+    Outcome outcome;
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [&](StepUpdater &step) {
+        outcome.stepRan = true;
+        return step.execAll({SQL(stepSql)});
+    });
+    outcome.upgraded = updater.run();
+    outcome.messages = recorder.messages();
+    return outcome;
+}
+
+/// \return the first finding of SQLite's check, as the log has it
+QString damageLine(const TestDatabase &database, const QString &finding)
+{
+    return "Warning: Database " + database.path() + " is damaged: " + finding;
+}
+
+} // namespace
+
+class TestDamageCheck : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void refusesAnIndexThatLacksARow();
+    void refusesAPageOfGarbage();
+    void refusesAMalformedSchema_data();
+    void refusesAMalformedSchema();
+    void refusesAMisspeltEntryOfTheSchema_data();
+    void refusesAMisspeltEntryOfTheSchema();
+    void takesAnyNameForSound();
+    void refusesAVersionThatDamageMadeTooHigh();
+    void checksAgainWhatAStepMadeOfOddValues();
+    void logsAFindingInOneLine();
+    void reportsTheAbsolutePath();
+    void findsDamageBehindFindingsAboutValues_data();
+    void findsDamageBehindFindingsAboutValues();
+    void takesAFindingAboutAValueForNoDamage_data();
+    void takesAFindingAboutAValueForNoDamage();
+    void takesAFailingCheckForNoDamage_data();
+    void takesAFailingCheckForNoDamage();
+    void checksNothingWhenEveryStepIsSkipped();
+    void saysNothingOfASoundFile();
+};
+
+void TestDamageCheck::init()
+{
+    QTest::failOnWarning(QRegularExpression(".*"));
+}
+
+void TestDamageCheck::refusesAnIndexThatLacksARow()
+{
+    const TestDatabase database;
+    database.execute(QStringList{versionTable} + tableWithAnEmptyIndex());
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages,
+             QStringList({"Debug: Updating " + database.path(),
+                          damageLine(database, "row 1 missing from index damagedIndex")}));
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::refusesAPageOfGarbage()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table filler(a)",
+                      "insert into filler values(zeroblob(3000)), (zeroblob(3000))"});
+    QFile file(database.path());
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.seek(file.size() - 4096));
+    QCOMPARE(file.write(QByteArray(4096, '\x5a')), 4096);
+    file.close();
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages.size(), 2);
+    QVERIFY(outcome.messages.constLast().startsWith(damageLine(database, "")));
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::refusesAMalformedSchema_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QString>("finding");
+
+    // Both stop the reading of the version already.
+    QTest::newRow("a statement that is none")
+        << "update sqlite_master set sql = 'CREATE GARBAGE' where name = 'early'"
+        << "malformed database schema (early) - near \"GARBAGE\": syntax error";
+    QTest::newRow("a table on a page that is not there")
+        << "update sqlite_master set rootpage = 1000 where name = 'early'"
+        << "malformed database schema (early) - invalid rootpage";
+}
+
+void TestDamageCheck::refusesAMalformedSchema()
+{
+    QFETCH(QString, change);
+    QFETCH(QString, finding);
+    const TestDatabase database;
+    database.execute({versionTable, "create table early(a)"});
+    database.execute({"pragma writable_schema=on", change});
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages,
+             QStringList({"Debug: Updating " + database.path(), damageLine(database, finding)}));
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::refusesAMisspeltEntryOfTheSchema_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QString>("entry");
+
+    // A change of the table or index would be left out, without a failure.
+    QTest::newRow("table's type") << "type = 'tAble' where name = 'early'"
+                                  << "tAble early";
+    QTest::newRow("table's name") << "name = 'Early', tbl_name = 'Early' where name = 'early'"
+                                  << "table Early";
+    QTest::newRow("table's name for itself") << "tbl_name = 'Early' where name = 'early'"
+                                             << "table early";
+    QTest::newRow("index's type") << "type = 'Index' where name = 'early_index'"
+                                  << "Index early_index";
+    QTest::newRow("index's name") << "name = 'early_Index' where name = 'early_index'"
+                                  << "index early_Index";
+    QTest::newRow("index's table") << "tbl_name = 'EARLY' where name = 'early_index'"
+                                   << "index early_index";
+    QTest::newRow("trigger's name") << "name = 'On_early' where name = 'on_early'"
+                                    << "trigger On_early";
+    QTest::newRow("view's name") << "name = 'Seen', tbl_name = 'Seen' where name = 'seen'"
+                                 << "view Seen";
+}
+
+void TestDamageCheck::refusesAMisspeltEntryOfTheSchema()
+{
+    QFETCH(QString, change);
+    QFETCH(QString, entry);
+    const TestDatabase database;
+    database.execute(
+        QStringList{versionTable, "create table early(a)", "create index early_index on early(a)",
+                    "create trigger on_early after delete on early begin select 1; end",
+                    "create view seen as select a from early"}
+        + redefine("update sqlite_master set " + change));
+    QCOMPARE(database.rows("select * from pragma_integrity_check"), QStringList{"'ok'"});
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages.mid(1),
+             QStringList{damageLine(database, "misspelt entry of the schema: " + entry)});
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::takesAnyNameForSound()
+{
+    const TestDatabase database;
+    database.execute({versionTable, R"(create table "a ""quoted"" name"(a unique))",
+                      "create table 'it''s'(a)", "create table [in brackets](a)",
+                      "create table `tick``ed`(a)", "create table Mixed(id integer primary key, a)",
+                      "create index 化验 on MIXED(a)",
+                      "create trigger t after delete on mIXED begin select 1; end",
+                      "alter table mixed rename to Renamed", "create table m(a primary key)",
+                      "create table counted(id integer primary key autoincrement)",
+                      "insert into counted values(1)", "analyze",
+                      "create virtual table words using fts5(word)"});
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(outcome.upgraded);
+    QCOMPARE(outcome.messages.filter("Warning"), QStringList());
+}
+
+/// The entry of the table `version` leads to the rows of another table, which would be lost.
+void TestDamageCheck::refusesAVersionThatDamageMadeTooHigh()
+{
+    const TestDatabase database;
+    database.execute(
+        QStringList{versionTable, "create table early(a)", "insert into early values(1020), (1030)"}
+        + redefine("update sqlite_master set rootpage = (select rootpage from sqlite_master"
+                   " where name = 'early') where name = 'version'"));
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QCOMPARE(outcome.messages.size(), 2);
+    QVERIFY(outcome.messages.constLast().startsWith(damageLine(database, "")));
+    QCOMPARE(database.bytes(), before);
+}
+
+/// A text in what is now a column of numbers is no damage, until it is written anew beside its index.
+void TestDamageCheck::checksAgainWhatAStepMadeOfOddValues()
+{
+    const TestDatabase database;
+    database.execute(QStringList{versionTable, "create table early(a text, b)",
+                                 "create index early_index on early(a)",
+                                 "insert into early values('0001', 1)"}
+                     + redefine("update sqlite_master set sql = 'CREATE TABLE early(a numeric, b)'"
+                                " where name = 'early'"));
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database, "update early set b = 2");
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(outcome.stepRan);
+    QCOMPARE(outcome.messages.constLast(),
+             damageLine(database, "row 1 missing from index early_index"));
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::logsAFindingInOneLine()
+{
+    const TestDatabase database;
+    database.execute({"pragma auto_vacuum=none", versionTable, "create table gone(a)"});
+    // a page that belongs to nothing
+    database.execute(redefine("delete from sqlite_master where name = 'gone'"));
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QCOMPARE(outcome.messages.constLast(),
+             damageLine(database, "*** in database main *** Page 3 is never used"));
+}
+
+void TestDamageCheck::reportsTheAbsolutePath()
+{
+    const TestDatabase database;
+    database.execute(QStringList{versionTable} + tableWithAnEmptyIndex());
+    const QString workingDirectory = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(database.folderPath()));
+    const MessageRecorder recorder;
+
+    StepUpdater updater("test.db", [](StepUpdater &) { return true; });
+    const bool upgraded = updater.run();
+
+    QVERIFY(QDir::setCurrent(workingDirectory));
+    QVERIFY(!upgraded);
+    QCOMPARE(recorder.messages().constLast(),
+             damageLine(database, "row 1 missing from index damagedIndex"));
+}
+
+void TestDamageCheck::findsDamageBehindFindingsAboutValues_data()
+{
+    QTest::addColumn<int>("values");
+
+    QTest::newRow("one") << 1;
+    QTest::newRow("as many as SQLite lists unless told otherwise") << 100;
+    QTest::newRow("many") << 1000;
+}
+
+void TestDamageCheck::findsDamageBehindFindingsAboutValues()
+{
+    QFETCH(int, values);
+    const TestDatabase database;
+    database.execute(QStringList{versionTable} + tableWithNulls(values) + tableWithAnEmptyIndex());
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages.mid(1),
+             QStringList{damageLine(database, "row 1 missing from index damagedIndex")});
+}
+
+void TestDamageCheck::takesAFindingAboutAValueForNoDamage_data()
+{
+    QTest::addColumn<QString>("layout");
+    QTest::addColumn<QString>("value");
+
+    QTest::newRow("null") << "a not null"
+                          << "null";
+    QTest::newRow("check") << "a check (a > 5)"
+                           << "3";
+    QTest::newRow("text that is a number") << "a integer"
+                                           << "'3'";
+    QTest::newRow("number that is a text") << "a text"
+                                           << "3";
+}
+
+void TestDamageCheck::takesAFindingAboutAValueForNoDamage()
+{
+    QFETCH(QString, layout);
+    QFETCH(QString, value);
+    const TestDatabase database;
+    database.execute(QStringList{versionTable, "create table early(a)",
+                                 QString("insert into early values(%1)").arg(value)}
+                     + redefine(QString("update sqlite_master set sql = 'CREATE TABLE early(%1)'"
+                                        " where name = 'early'")
+                                    .arg(layout)));
+    QVERIFY(database.rows("select * from pragma_integrity_check") != QStringList{"'ok'"});
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(outcome.upgraded);
+    QVERIFY(outcome.stepRan);
+    QCOMPARE(outcome.messages.filter("Warning"), QStringList());
+}
+
+void TestDamageCheck::takesAFailingCheckForNoDamage_data()
+{
+    QTest::addColumn<QString>("object");
+
+    QTest::newRow("unknown collation") << "CREATE INDEX odd ON plain(a collate elsewhere)";
+    QTest::newRow("unknown function") << "CREATE INDEX odd ON plain(elsewhere(a))";
+}
+
+void TestDamageCheck::takesAFailingCheckForNoDamage()
+{
+    QFETCH(QString, object);
+    const TestDatabase database;
+    database.execute(
+        QStringList{versionTable, "create table plain(a)", "insert into plain values(1)",
+                    "create index odd on plain(a)"}
+        + redefine(QString("update sqlite_master set sql = '%1' where name = 'odd'").arg(object)));
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(outcome.upgraded);
+    QVERIFY(outcome.stepRan);
+    QCOMPARE(outcome.messages.filter("Warning"), QStringList());
+}
+
+void TestDamageCheck::checksNothingWhenEveryStepIsSkipped()
+{
+    const TestDatabase database;
+    database.execute(QStringList{versionTable, "insert into version values(1)"}
+                     + tableWithAnEmptyIndex());
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages.mid(1),
+             QStringList({"Debug: update_v1() : SKIP", "Debug: Updated version to 1"}));
+}
+
+void TestDamageCheck::saysNothingOfASoundFile()
+{
+    const TestDatabase database;
+    database.execute({versionTable});
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(outcome.upgraded);
+    QVERIFY(outcome.stepRan);
+    QCOMPARE(outcome.messages,
+             QStringList({"Debug: Updating " + database.path(), "Debug: update_v1() : PASS",
+                          "Debug: Updated version to 1"}));
+}
+
+QTEST_GUILESS_MAIN(TestDamageCheck)
+#include "tst_damagecheck.moc"
