@@ -3,7 +3,7 @@
 
 The upgrades run against the sqlite3 shell, which executes the same statements; the run in which nothing
 is left to do, against the least Qt program that writes the versions again. Runs alternate, each on a
-fresh copy of the files that is on the disk and in the page cache. A run of its own tells the memory, the
+fresh copy of the files that is on the disk and in the page cache. A run of its own measures the memory, the
 journal and the space on the disk, and checks that both programs make the same database.
 Prints a table and writes benchmarks/results.md and benchmarks/results.svg. Takes a quarter of an hour and
 6 GB on the disk. Called by scripts/benchmark, which builds the programs.

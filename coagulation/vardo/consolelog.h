@@ -3,16 +3,16 @@
 
 #include <QString>
 
-/// The tool's log: every report is an ordinary Qt message, written either by Qt to standard error or,
-/// when the user names a log file, by the handler in here to that file, one line a message.
+/// The tool's log. Every report is an ordinary Qt message. Qt writes it to standard error, or the handler
+/// in here writes it to the file that the user names, one line a message.
 namespace coagulation {
 
-/// Makes the log independent of the environment: no variable and no logging rule of the machine
-/// switches the tool's lines off, Qt's own debug lines on, changes the layout of a line or turns a
-/// warning into an abort. Call it first of all, before the application object exists.
+/// Makes the log independent of the machine's variables and logging rules: they could switch the tool's
+/// lines off or Qt's own debug lines on, change the layout of a line, or turn a warning into an abort.
+/// Call this first of all, before the application object exists.
 void shieldLogFromEnvironment();
 
-/// Opens the log file for appending and, if that works, sends every message to it. If it does not,
+/// Opens the log file for appending and sends every message to it. If the file cannot be opened,
 /// nothing is reported and messages keep going to standard error.
 /// Lines are flushed when the log is closed, at process exit, and before a fatal message aborts.
 /// \param fileName path of the log file; an empty one is no log file

@@ -82,7 +82,7 @@ bool isDamage(const QSqlError &error)
     // primary result codes, https://www.sqlite.org/rescode.html
     constexpr int corrupt = 11;
     constexpr int notADatabase = 26;
-    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits tell details
+    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits are details
     return code == corrupt || code == notADatabase;
 }
 

@@ -11,7 +11,7 @@ class QSqlError;
 
 namespace coagulation {
 
-/// What a look for damage came to.
+/// The result of a damage check.
 struct DamageReport {
     /// A query of the check that failed, with the place in the source that it stands in.
     struct Failure {

@@ -5,7 +5,7 @@
 
 namespace coagulation {
 
-/// \param file what the compiler tells by __FILE__, in whatever folder the project is built
+/// \param file __FILE__, in whatever folder the project is built
 /// \return the path from the project's root on, for units below coagulation/
 consteval const char *sourcePath(const char *file)
 {

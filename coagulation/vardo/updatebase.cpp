@@ -44,7 +44,7 @@ bool isEnvironmentError(const QSqlError &error)
         22, // no large files
         26, // not a database
     };
-    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits tell details
+    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits are details
     return std::find(codes.begin(), codes.end(), code) != codes.end();
 }
 
@@ -81,9 +81,9 @@ QSqlError openConnection()
     if (!database.open())
         return database.lastError();
 
-    // The version read here is read again in the transaction, so that it need not wait for a lock.
-    // Without the second, a trigger or view that names a missing table makes every rename of a table
-    // fail. The third is SQLite's own default, which a build of it may change.
+    // No wait for a lock: the version, which is read next, is read again in the transaction.
+    // Without legacy_alter_table, a trigger or view that names a missing table makes every rename of a
+    // table fail. foreign_keys is off by default, but builds of SQLite may differ.
     for (const char *setting :
          {"pragma busy_timeout=0", "pragma legacy_alter_table=on", "pragma foreign_keys=off"}) {
         QSqlQuery query;
@@ -103,8 +103,8 @@ void waitForLocks(int milliseconds)
     QSqlQuery().exec(QString("pragma busy_timeout=%1").arg(milliseconds));
 }
 
-/// What a second "begin" tells of the transaction: SQLite ends one by itself after some failures, and
-/// the second "begin", when it finds no memory, can be such a failure.
+/// The state of the transaction, as a second "begin" shows it. SQLite ends a transaction by itself after
+/// some failures, and the second "begin" can be such a failure if there is no memory.
 enum class Probe { Open, Ended, Failed };
 
 Probe probeTransaction()
@@ -135,8 +135,8 @@ void setDefaults(QSqlRecord &row, const QSqlRecord &defaults)
     }
 }
 
-/// \return the row that the query is on. The driver reads an empty blob as a null byte array, which it
-///         would write as null.
+/// \return the row that the query is on, with empty blobs as they are stored: the driver reads one as a
+///         null byte array, and would write that as null
 QSqlRecord currentRow(const QSqlQuery &query)
 {
     QSqlRecord row = query.record();
@@ -195,7 +195,7 @@ UpdateBase::UpdateBase(const QString &path, QObject *parent)
     }
 
     qDebug("Updating %s", qUtf8Printable(filePath));
-    // SQLite takes a name that begins with "file:" for a URI, that is for another file.
+    // SQLite takes a name that begins with "file:" for a URI, and would open another file.
     const bool looksLikeUri = path.startsWith("file:", Qt::CaseInsensitive);
     QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE");
     database.setDatabaseName(looksLikeUri ? filePath : path);
@@ -223,7 +223,7 @@ bool UpdateBase::run()
     if (!beginTransaction())
         return false;
 
-    // Since construction another run may have upgraded the file, or a lock have hidden its version.
+    // Another run may have upgraded the file meanwhile, or a lock may have hidden its version.
     readVersion();
     if (!verifyTransaction())
         return false;
@@ -254,8 +254,8 @@ bool UpdateBase::beginTransaction()
         QSqlQuery begin;
         if (!begin.exec("begin immediate"))
             error = begin.lastError();
-        // As long as a reader is there, changed pages stay in memory. To wait each time that SQLite
-        // tries to write some into the file would take forever; the commit waits.
+        // While another program reads, changed pages stay in memory. To wait each time that SQLite
+        // tries to write some of them would take forever; only the commit waits.
         waitForLocks(0);
     }
     if (error.isValid()) {
@@ -304,7 +304,7 @@ bool UpdateBase::upgrade()
             return false;
     }
 
-    // A changed value that is not of its column's type may not be found in an index any more.
+    // If a step changed a value that is not of its column's type, an index may still hold the old one.
     if (hasOddValues && !passesDamageCheck())
         return false;
 
@@ -468,12 +468,12 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
             values << "?";
             bound << row.value(i);
         } else {
-            // qualified, since a quoted name alone that is no column would be taken for a text
+            // qualified, since SQLite takes a quoted name that is no column for a text
             values << from + '.' + columns.constLast();
         }
     }
 
-    // Inside SQLite, since values change on the way through the driver; not through an index, which
+    // Inside SQLite, since values change on the way through the driver. "not indexed", since an index
     // would change the order.
     QSqlQuery insert;
     bool inserted = insert.prepare(QString("insert into %1 (%2) select %3 from %4 not indexed")

@@ -39,8 +39,8 @@ struct Statement {
     int line;
 };
 
-/// A statement that knows its own source line. A macro, since a defaulted argument would tell the
-/// line of the list that the statement stands in.
+/// A statement that knows its own source line. It is a macro, since a defaulted argument would hold
+/// the line of the list that the statement stands in.
 #define SQL(sql) (::coagulation::Statement{sql, SOURCE_LINE})
 
 /// \return a debug message that begins with the place it comes from; for SOURCE_LINE
@@ -52,27 +52,27 @@ QDebug debugFrom(const char *sourceFile, int line);
 /// version that the file's table `version` holds run in ascending order inside one transaction; then
 /// the highest step number is stored. A step that returns false rolls everything back.
 ///
-/// A failure of a statement is of one of two kinds. One that comes from what is in the database (a
-/// table is missing, a constraint holds) is logged, and the step decides whether it matters. One that
-/// comes from the environment (no space, a lock, a damaged page, no memory), and any after which
-/// SQLite has given up the transaction, abandons the run, whatever the step makes of it: ignoring it
-/// would leave out for good what a sound run does.
+/// There are two kinds of failed statements. If the failure comes from what is in the database (a table
+/// is missing, a constraint is broken), it is logged, and the step decides whether it matters. If it
+/// comes from the environment (no space, a lock, a damaged page, no memory), or if SQLite has given up
+/// the transaction, the run is abandoned even where the step ignores failures: to go on would leave out
+/// for good what an undisturbed run does.
 class UpdateBase : public QObject {
     Q_OBJECT
 
 public:
-    /// Opens the database file under the default connection, releasing the connection of the updater
-    /// before, and reads the stored version. A missing file is skipped with a warning; one that cannot
-    /// be opened is warned of here and fails in run().
+    /// Releases the connection of the updater before, opens the database file under the default
+    /// connection and reads the stored version. If the file is missing, this warns and run() succeeds;
+    /// if it cannot be opened, this warns and run() fails.
     explicit UpdateBase(const QString &path, QObject *parent = nullptr);
 
     /// Upgrades the database inside one transaction.
-    /// \return true when it is at the newest version or the file is missing; otherwise the file is as
-    ///         it was and the log tells why
+    /// \return true if the database is at the newest version or the file is missing; if false, the file
+    ///         is as it was and the log says why
     [[nodiscard]] bool run();
 
-    /// The loop over the steps; logs each with PASS, FAIL or SKIP and stores the new version. A file
-    /// that is not at the newest version and that SQLite finds damaged is left as it is.
+    /// Runs the steps, logs each with PASS, FAIL or SKIP, and stores the new version. A file that is not
+    /// at the newest version is checked first, and left as it is if it is damaged.
     /// \return false at the first failure
     virtual bool upgrade();
 
@@ -92,19 +92,19 @@ protected:
     /// Logs the failure of a query that the caller ran, and abandons the run if it must.
     void logSqlError(const QSqlQuery &query, const char *sourceFile, int line);
 
-    /// The same for a query whose failure is not reported as long as it comes from the content.
+    /// The same for a query whose failure is reported only if it comes from the environment.
     void logUnlessContentError(const QSqlQuery &query, const char *sourceFile, int line);
 
-    /// Goes through the remaining rows of a query that the caller executed, and finishes it. The only
-    /// way to read rows one after another: to QSqlQuery::next() an unreadable row looks like the end of
-    /// the table. Set the query to forward-only, or it keeps all rows in memory.
+    /// Goes through the remaining rows of a query that the caller executed, and finishes it. Use nothing
+    /// else to read several rows: QSqlQuery::next() takes an unreadable row for the end of the table.
+    /// Set the query to forward-only, or it keeps all rows in memory.
     /// \param row called once a row, with the query on it; false ends the reading
     /// \return false when `row` returned false or a row could not be read, which is logged
     [[nodiscard]] bool readRows(QSqlQuery &query, const char *sourceFile, int line,
                                 const std::function<bool()> &row);
 
-    /// Inserts every row of a table into another one, in the order of the rows; columns meet by name,
-    /// compared without regard to case.
+    /// Inserts every row of a table into another one, in the order of the rows. Columns are matched by
+    /// name, upper or lower case.
     /// \param defaults columns with the value that each inserted row gets, whether or not `from` has
     ///                 them
     /// \param excluded columns of `from` that are left out
@@ -135,7 +135,7 @@ protected:
     int version = 0;
 
 private:
-    /// Of the run: None before and after it.
+    /// Of the run; None before and after it.
     enum class Transaction { None, Open, Abandoned };
 
     [[nodiscard]] bool beginTransaction();
@@ -144,15 +144,16 @@ private:
     /// \return false when the file has to be left as it is
     [[nodiscard]] bool passesDamageCheck();
     void reportDamage(QString finding) const;
-    /// Of a query before the first step, where SQLite's finding the file damaged is what is looked for.
+    /// Logs the failure of a query before the first step. If SQLite says that the file is damaged, this
+    /// is reported like a finding of the damage check.
     void logFailedCheck(const QSqlQuery &query, const char *sourceFile, int line);
     void rollBack();
     bool endsRun(const QSqlError &error) const;
     void abandon();
-    /// Asks SQLite whether the transaction is still there, and abandons the run with a warning if it is
-    /// not. Every operation does so first, or it would write outside of the transaction: SQLite may have
-    /// ended that without letting a statement fail. If a value finds no memory on its way to the driver,
-    /// SQLite tells so only when the query is finished, and the driver does not report it.
+    /// Asks SQLite whether the transaction is still there. If it is not, this warns and abandons the run.
+    /// Every operation asks first, or it could write outside of the transaction: SQLite may end that
+    /// although no statement fails. If a value finds no memory on its way to the driver, for example,
+    /// SQLite says so only when the query is finished, and the driver does not report it.
     /// \return false when the run was abandoned, now or before
     [[nodiscard]] bool verifyTransaction();
     [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,

@@ -25,7 +25,7 @@ bool UpdateQc::update_v1()
         || !rebuildTable("reagent_new", "reagent"))
         return false;
 
-    // the control materials are worth more than their index
+    // without its index the table is slower, but complete
     tryAll({
         SQL("drop index if exists reagent_index"),
         SQL("create index reagent_index on reagent(fileNo, lotsNum, reagentId)"),

@@ -47,7 +47,7 @@ public:
     zu::Function xDispFun() const { return m_xDispFun; }
     zu::Function yDispFun() const { return m_yDispFun; }
 
-    /// \param method also a number that is not listed, which is kept
+    /// \param method may be a number that is not listed
     void setMethod(zu::RegressionMethod method) { m_method = method; }
 
     void setPoints(const QList<StdPoint> &points) { m_points = points; }
