@@ -1,3 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Stands for the package of the maker's core library, to configure the project with.
-add_library(coagulation::core INTERFACE IMPORTED)
+include(CMakeFindDependencyMacro)
+find_dependency(Qt6 COMPONENTS Core)
+include(${CMAKE_CURRENT_LIST_DIR}/coreTargets.cmake) # brings coagulation::core

@@ -1,3 +1,4 @@
 # SPDX-License-Identifier: MIT
-# Stands for the package of the maker's zucore library, to configure the project with.
-add_library(coagulation::zucore INTERFACE IMPORTED)
+include(CMakeFindDependencyMacro)
+find_dependency(Qt6 COMPONENTS Core)
+include(${CMAKE_CURRENT_LIST_DIR}/zucoreTargets.cmake) # brings coagulation::zucore

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: MIT
+/// The tool built against the maker's libraries, here those of makerlibraries/: it must compile against
+/// their headers, and none of ours, and do what they do.
+
+#include "testdatabase.h"
+#include "toolrun.h"
+
+#include <QDirIterator>
+#include <QProcess>
+#include <QtTest>
+
+namespace {
+
+const QString root = BINARY_FOLDER;
+const QString maker = root + "/maker";         // where the maker's packages are installed
+const QString toolBuild = root + "/toolbuild"; // where the tool is built
+const QString tool = root + "/tool";           // where the tool is installed
+
+/// \return whether CMake succeeded; what it says is in the test's output
+bool cmake(const QStringList &arguments)
+{
+    constexpr int patience = 600'000; // ms, on a machine that does other things as well
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(CMAKE, arguments);
+    return process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit
+        && process.exitCode() == 0;
+}
+
+/// Configures, builds and installs a project, with the compiler and the generator of this one.
+/// \param target to be built; what is installed needs no other
+/// \return whether all of that succeeded
+bool install(const QString &source, const QString &build, const QString &target,
+             const QString &folder, const QStringList &options)
+{
+    const QStringList configure{"--fresh", "-S", source, "-B", build, "-G", GENERATOR};
+    const QStringList compiler{"-DCMAKE_CXX_COMPILER=" COMPILER, "-DCMAKE_BUILD_TYPE=Debug"};
+    QStringList compile{"--build", build, "--config", "Debug", "--target", target};
+    if (QString(GENERATOR).startsWith("Ninja")) // which else takes the dependency files away
+        compile += {"--", "-d", "keepdepfile"};
+    return cmake(configure + compiler + options) && cmake(compile)
+        && cmake({"--install", build, "--config", "Debug", "--prefix", folder});
+}
+
+/// \return the headers of `core` and `zucore` that the tool's units were compiled with, without
+///         repetition, ordered
+QStringList headersOfTheLibraries()
+{
+    // with a backslash before a blank of the path
+    static const QRegularExpression header(R"((\\ |\S)*/coagulation/(core|zucore)/\w+\.h)");
+    QStringList headers;
+    for (QDirIterator file(toolBuild + "/coagulation/vardo", {"*.d"}, QDir::Files,
+                           QDirIterator::Subdirectories);
+         file.hasNext();) {
+        QFile dependencies(file.next());
+        if (!dependencies.open(QIODevice::ReadOnly))
+            qFatal("%s", qUtf8Printable(dependencies.errorString()));
+        const QString text = QString::fromUtf8(dependencies.readAll());
+        for (const QRegularExpressionMatch &match : header.globalMatch(text))
+            headers << match.captured().replace("\\ ", " ");
+    }
+    headers.removeDuplicates();
+    headers.sort();
+    return headers;
+}
+
+/// Upgrades the sample, to which it adds a calibration of the laboratory's own, with no value twice.
+/// \param database named "profile.db", empty
+/// \return the log; an upgrade that fails ends the program
+QStringList upgradeSample(const TestDatabase &database)
+{
+    database.load("profile_v0.sql");
+    database.execute({
+        "insert into assayCalibration values(99, 1, 'site''s', 2, 'T>0', 'OD', 'P', 'X', 'Y',"
+        " 'Log', 'Linear')",
+        "update curve set xFun = 5, yFun = 6 where name = 'site''s'",
+        "update curvePoint set y = 0.5, z = 8, flags = 16 where id = 31",
+        "update curve set valid = 1 where name = 'II'",
+    });
+    const ToolRun run = runTool(tool + "/bin/" TOOL, database);
+    if (run.exitCode != 0)
+        qFatal("%s", qUtf8Printable(run.log.join('\n')));
+    return run.log;
+}
+
+} // namespace
+
+class TestMakerLibraries : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+
+    void areWhatTheToolIsCompiledWith();
+    void areToldToTranslate();
+    void areGivenTheCalibration();
+    void areGivenTheCurve();
+    void fitTheCurves();
+    void fitThePoints();
+};
+
+void TestMakerLibraries::initTestCase()
+{
+    QVERIFY(install(SOURCE "/tests/tool/makerlibraries", root + "/makerbuild", "all", maker,
+                    {"-DCMAKE_PREFIX_PATH=" PREFIX_PATH}));
+    QVERIFY(install(SOURCE, toolBuild, "vardo", tool,
+                    {"-DCMAKE_PREFIX_PATH=" + maker + ";" PREFIX_PATH, "-DBUILD_TESTING=OFF",
+                     "-DVARDO_MAKER_LIBRARIES=ON"}));
+}
+
+void TestMakerLibraries::areWhatTheToolIsCompiledWith()
+{
+    const QString headers = maker + "/include/coagulation/";
+
+    QCOMPARE(headersOfTheLibraries(),
+             QStringList({headers + "core/translators.h", headers + "zucore/assaytemplate.h",
+                          headers + "zucore/standardcurve.h", headers + "zucore/stdpoint.h",
+                          headers + "zucore/zu.h"}));
+}
+
+void TestMakerLibraries::areToldToTranslate()
+{
+    const TestDatabase database("profile.db");
+
+    const QStringList log = upgradeSample(database);
+
+    QCOMPARE(log.value(0), "Debug: The maker's translators");
+}
+
+void TestMakerLibraries::areGivenTheCalibration()
+{
+    const TestDatabase database("profile.db");
+
+    const QStringList log = upgradeSample(database);
+
+    QCOMPARE(log.filter("The maker's calibration: 99"),
+             QStringList{"Debug: The maker's calibration: 99 site's 2 T>0 OD P X Y Log Linear"});
+}
+
+void TestMakerLibraries::areGivenTheCurve()
+{
+    const TestDatabase database("profile.db");
+
+    const QStringList log = upgradeSample(database);
+
+    QCOMPARE(log.filter("The maker's curve: site's"),
+             QStringList{"Debug: The maker's curve: site's s % L-4 2016-04-04 0.25 method 2"
+                         " axes 5 6 shown 3 0 coefficients 1 2 3 4 5 point 1 0.5 8 16"
+                         " point 2 2 -1 0"});
+}
+
+void TestMakerLibraries::fitTheCurves()
+{
+    const TestDatabase database("profile.db");
+
+    upgradeSample(database);
+
+    QCOMPARE(database.rows("select name, correlation, a, b, c, d, e, valid from curve order by id"),
+             QStringList({"'PT', 0.998, 3.1, -1.2, NULL, NULL, NULL, 1", // was valid
+                          "'FIB', 0.123, 11.5, 12.5, NULL, NULL, NULL, 1",
+                          "'DD', 0.123, 11.5, 12.5, 13.5, 14.5, NULL, 1",
+                          "'site''s', 0.123, 11.5, 12.5, 13.5, 14.5, 15.5, 1",
+                          "'II', 0.75, 1.0, 2.0, 3.0, 4.0, 5.0, 1",       // was valid
+                          "'PT', 0.9, 3.2, -1.3, NULL, NULL, NULL, 1"})); // was valid
+}
+
+void TestMakerLibraries::fitThePoints()
+{
+    const TestDatabase database("profile.db");
+
+    upgradeSample(database);
+
+    QCOMPARE(database.rows("select id, x, y, z, flags from curvePoint where curveId in (2, 4)"
+                           " order by id"),
+             QStringList({"11, 5.0, 20.0, 35.0, 68", "12, 10.0, 10.0, 70.0, 64",
+                          "13, 25.0, 4.0, 175.0, 64", "14, 50.0, 2.0, 350.0, 64",
+                          "31, 1.0, 0.5, 7.0, 80", "32, 2.0, 2.0, 14.0, 64"}));
+}
+
+QTEST_GUILESS_MAIN(TestMakerLibraries)
+#include "tst_maker_libraries.moc"
