@@ -23,11 +23,12 @@ const char *const description =
 #   database, stored version at the start of the run, step, table, rows, digest
 #
 # The table "(schema)" stands for the statements in sqlite_master. A digest is the beginning of the SHA-256
-# of the rows by primary key, or by rowid where there is none. A row ends with a line feed; between its
-# values stand bars: n (null), i and a number, r and the bits of a real in hexadecimal, t or b, the length, ":" and the
-# bytes. Of the statements, ordered by their bytes, blanks beside brackets and commas are left out, other
-# blanks are one, and CREATE TABLE names its table without quotes. The table version, which the engine
-# writes, is left out; what the fit of the curves 2, 3 and 5 in profile step 10 writes counts as null.
+# of the rows by primary key, or by rowid where there is none. A row ends with a line feed; bars stand
+# between its values: n (null), i and a number, r and the bits of a real in hexadecimal, t (text) or b
+# (blob), the length, ":" and the bytes. Of the statements, ordered by their bytes, blanks beside brackets
+# and commas are left out, other blanks are one, and CREATE TABLE names its table without quotes. The
+# table version, which the engine writes, is left out; what the fit of the curves 2, 3 and 5 in step 10 of
+# the profile database writes counts as null.
 )text";
 
 using Row = sqlite3_stmt *;
@@ -82,13 +83,13 @@ QString schemaContent()
 }
 
 /// \return the column, without what the fit of step 10 writes: it depends on the day and on the library
-///         that fits. All later steps leave those numbers alone.
+///         that fits. Step 23 takes the day of expiry from that of the fit; nothing else follows from it.
 QString heldPart(const QString &database, const QString &table, const QString &column)
 {
     static const QStringList ofCurve{"correlation", "date",          "a", "b", "c", "d", "e",
                                      "valid",       "expirationDate"};
     static const QStringList ofPoint{"z", "flags"};
-    const QString quoted = '"' + column + '"';
+    QString quoted = '"' + column + '"';
     if (database == "profile" && table == "curve" && ofCurve.contains(column))
         return QString("iif(id in (2, 3, 5), null, %1)").arg(quoted);
     if (database == "profile" && table == "curvePoint" && ofPoint.contains(column))
@@ -117,20 +118,16 @@ QByteArray encoded(Row row, int column)
 
 QString tableContent(const QString &database, const QString &table)
 {
-    QStringList columns;
-    QMap<int, QString> key;
-    forEachRow(QString("select name, pk from pragma_table_info('%1')").arg(table), [&](Row row) {
-        const QString name = QString::fromUtf8(bytes(row, 0));
-        columns << heldPart(database, table, name);
-        if (const int position = sqlite3_column_int(row, 1); position > 0)
-            key[position] = '"' + name + '"';
-    });
-    if (key.isEmpty())
-        key[1] = "rowid";
+    QStringList columns = texts(QString("select name from pragma_table_info('%1')").arg(table));
+    for (QString &column : columns)
+        column = heldPart(database, table, column);
+    const QStringList key = texts(
+        QString(R"(select '"' || name || '"' from pragma_table_info('%1') where pk order by pk)")
+            .arg(table));
 
     QByteArrayList rows;
     forEachRow(QString("select %1 from \"%2\" order by %3")
-                   .arg(columns.join(", "), table, key.values().join(", ")),
+                   .arg(columns.join(", "), table, key.isEmpty() ? "rowid" : key.join(", ")),
                [&](Row row) {
                    QByteArrayList values;
                    for (int i = 0; i < columns.size(); ++i)
