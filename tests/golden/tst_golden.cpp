@@ -105,7 +105,7 @@ QString report(const QStringList &differences)
     QString text = differences.mid(0, shown).join("\n    ");
     if (differences.size() > shown)
         text += QString("\n    and %1 more").arg(differences.size() - shown);
-    return "What a delivered step writes has changed:\n    " + text;
+    return "not as the files in tests/golden hold it (docs/adding-a-step.md):\n    " + text;
 }
 
 } // namespace
