@@ -5,7 +5,6 @@
 
 #include <QCryptographicHash>
 #include <QFile>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -63,8 +62,8 @@ DisturbedUpgrade::DisturbedUpgrade(const QString &database, Writing writing, QSt
     oldContent = old.content();
 
     setFiles(before);
-    if (const Run undisturbed = run(); undisturbed.exitCode != 0)
-        qFatal("%s", qUtf8Printable(undisturbed.log));
+    if (const ToolRun undisturbed = run(); undisturbed.exitCode != 0)
+        qFatal("%s", qUtf8Printable(undisturbed.log.join('\n')));
     newContent = databaseContent(path());
     setFiles(before);
 }
@@ -97,21 +96,17 @@ void DisturbedUpgrade::setFiles(const Files &files) const
     }
 }
 
-DisturbedUpgrade::Run DisturbedUpgrade::run(const QProcessEnvironment &environment,
-                                            const std::function<void()> &disturb) const
+ToolRun DisturbedUpgrade::run(const QProcessEnvironment &environment,
+                              const std::function<void()> &disturb) const
 {
-    QFile::remove(aside("log.txt"));
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(root.path());
-    if (disturb)
-        process.setChildProcessModifier(disturb);
-    process.start(program, {"-p", folder() + '/', aside("log.txt")});
-    if (!process.waitForFinished())
-        qFatal("%s: %s", qUtf8Printable(program), qUtf8Printable(process.errorString()));
-    return {process.exitStatus() == QProcess::NormalExit, process.exitCode(),
-            QString::fromUtf8(read(aside("log.txt"))),
-            QString::fromUtf8(process.readAllStandardError())};
+    const QString log = aside("log.txt");
+    QFile::remove(log);
+    return runTool({.program = program,
+                    .arguments = {"-p", folder() + '/'},
+                    .log = log,
+                    .folder = root.path(),
+                    .environment = environment,
+                    .inChild = disturb});
 }
 
 QString DisturbedUpgrade::outcome()
@@ -139,9 +134,9 @@ QString DisturbedUpgrade::outcomeOfAnotherRun()
 {
     const QByteArray state = hashOf(files());
     if (!finished.contains(state)) {
-        const Run another = run();
-        if (!another.exited || another.exitCode != 0)
-            return "another run fails: " + another.log;
+        const ToolRun another = run();
+        if (another.exitCode != 0)
+            return "another run fails: " + another.log.join('\n');
         if (const QString left = outcome(); left != "new")
             return "another run leaves: " + left;
         finished.insert(state);

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "toolrun.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QHash>
 #include <QMap>
-#include <QProcessEnvironment>
 #include <QSet>
 #include <QString>
 #include <QTemporaryDir>
@@ -22,13 +23,6 @@ class DisturbedUpgrade {
 public:
     /// What a folder holds: the bytes of its files by their names.
     using Files = QMap<QString, QByteArray>;
-
-    struct Run {
-        bool exited = false; ///< not killed
-        int exitCode = -1;
-        QString log;    ///< all of it; of a killed run what had been written
-        QString errors; ///< standard error: what went wrong before the log was open
-    };
 
     /// \param database "profile", "data", "qc" or "syslog"; of its oldest version
     /// \param vardo path of the binary
@@ -50,8 +44,8 @@ public:
 
     /// Runs the binary on the folder.
     /// \param disturb called in the new process before the binary is loaded
-    Run run(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment(),
-            const std::function<void()> &disturb = {}) const;
+    ToolRun run(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment(),
+                const std::function<void()> &disturb = {}) const;
 
     /// Lets SQLite open the database, and so settle what is left of a transaction.
     /// \return "old", "new", or what is wrong with it

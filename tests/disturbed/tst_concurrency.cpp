@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-/// The tool in company: other programs, and other runs of the tool, on the same databases.
+/// The tool beside other programs, and beside other runs of itself, on the same databases.
 
 #include "expectedsteps.h"
 #include "olddatabases.h"
+#include "toolrun.h"
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
@@ -67,58 +67,29 @@ private:
 };
 
 /// A run of the tool on the databases of a folder, with a log of its own unless another one is named.
-class Run {
+class Run : public RunningTool {
 public:
-    explicit Run(const QString &folder, QString logName = "log.txt")
-        : log(std::move(logName))
+    explicit Run(const QString &databases, const QString &logName = "log.txt")
+        : RunningTool({.program = VARDO, .log = logName, .folder = databases})
+        , folder(databases)
     {
-        process.setWorkingDirectory(folder);
-        process.start(VARDO, {log});
-        if (!process.waitForStarted(patience))
-            qFatal("%s: %s", VARDO, qUtf8Printable(process.errorString()));
-        timer.start();
-    }
-    ~Run() { kill(); }
-    Q_DISABLE_COPY_MOVE(Run)
-
-    bool endsWithin(int msecs)
-    {
-        return process.state() == QProcess::NotRunning || process.waitForFinished(msecs);
     }
 
+    /// Waits for the end.
     int exitCode()
     {
-        if (!endsWithin(patience) || process.exitStatus() != QProcess::NormalExit)
-            qFatal("%s: %s", VARDO, qUtf8Printable(process.errorString()));
-        return process.exitCode();
+        const ToolRun run = result();
+        if (!run.exited)
+            qFatal("a crash: %s", run.errors.constData());
+        return run.exitCode;
     }
 
-    qint64 elapsed() const { return timer.elapsed(); }
-
-    void kill()
-    {
-        process.kill();
-        process.waitForFinished(patience);
-    }
-
-    /// \return the lines of the log without the folder and what the handler puts at their ends
-    QStringList lines() const { return linesOf(process.workingDirectory(), log); }
-
-    static QStringList linesOf(const QString &folder, const QString &logName)
-    {
-        QFile file(QDir(folder).filePath(logName));
-        if (!file.open(QIODevice::ReadOnly))
-            return {"no log"};
-        return QString::fromUtf8(file.readAll())
-            .remove(" ((null):0, (null))")
-            .remove(folder + '/')
-            .split('\n', Qt::SkipEmptyParts);
-    }
+    /// Waits for the end.
+    /// \return the lines of the log without the folder
+    QStringList lines() { return result().log.replaceInStrings(folder + '/', ""); }
 
 private:
-    QProcess process;
-    QString log;
-    QElapsedTimer timer;
+    QString folder;
 };
 
 /// The four databases as they are before and after an upgrade, and the logs of undisturbed runs.
@@ -229,10 +200,8 @@ QStringList databaseFilesIn(const QString &folder)
 
 const QStringList databaseFiles{"data.db", "profile.db", "qc.db", "syslog.db"};
 
-const QString lockedLine =
-    R"(Warning: Failed to start transaction: "database is locked Unable to fetch row")";
-const QString uncommittedLine =
-    R"(Warning: Failed to commit: "database is locked Unable to commit transaction")";
+const QString lockedLine = R"(Warning: Failed to start transaction: "database is locked")";
+const QString uncommittedLine = R"(Warning: Failed to commit: "database is locked")";
 
 /// \return whether the long forms of the tests that wait are asked for
 bool isLongRun()

@@ -8,10 +8,10 @@
 #include "corruption.h"
 #include "expectedsteps.h"
 #include "olddatabases.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QMap>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSet>
@@ -347,32 +347,15 @@ QStringList filling(const Kind &kind)
                       insertMany(20, "scratch select hex(zeroblob(300))"), "drop table scratch"};
 }
 
-struct Run {
-    bool ended = false;
-    int exitCode = -1;
-    QByteArray errors;
-    QStringList log; ///< without what the handler puts at the end of a line
-};
-
-Run runVardo(const QString &folder)
+/// \return also a run that does not end, which is killed then
+ToolRun runVardo(const QString &folder)
 {
-    const QString logFile = folder + "/upgrade.log";
-    QProcess process;
-    process.start(VARDO, {"-p", folder + '/', logFile});
-    Run run;
-    if (!process.waitForFinished(timeLimit)) {
-        process.kill();
-        process.waitForFinished();
-        run.errors = "does not end";
-        return run;
-    }
-    run.ended = process.exitStatus() == QProcess::NormalExit;
-    run.exitCode = process.exitCode();
-    run.errors = process.readAllStandardError() + process.readAllStandardOutput();
-    run.log = QString::fromUtf8(read(logFile))
-                  .remove(" ((null):0, (null))")
-                  .split('\n', Qt::SkipEmptyParts);
-    QFile::remove(logFile);
+    const QString log = folder + "/upgrade.log";
+    RunningTool tool({VARDO, {"-p", folder + '/'}, log});
+    if (!tool.endsWithin(timeLimit))
+        tool.kill();
+    const ToolRun run = tool.result();
+    QFile::remove(log);
     return run;
 }
 
@@ -479,16 +462,15 @@ QString form(QString warning)
     static const QList<std::pair<QRegularExpression, QString>> replacements{
         {QRegularExpression(R"(Database .* is damaged: .*)"), "Database … is damaged: …"},
         {QRegularExpression(R"(\(\d+\): )"), "(…): "},
-        {QRegularExpression(R"(malformed database schema \(.*(Unable.*) : )"),
-         R"(malformed database schema (…) - … \1 : )"},
+        {QRegularExpression(R"(malformed database schema \(.*" : )"),
+         R"(malformed database schema (…) - …" : )"},
         {QRegularExpression(R"(\[ "(\w+ \w+ ?)[^\]]*"\])"), R"([ "\1…" ])"},
-        {QRegularExpression(R"(no such (\w+): .* Unable)"), R"(no such \1: … Unable)"},
+        {QRegularExpression(R"(no such (\w+): .*" : )"), R"(no such \1: …" : )"},
         {QRegularExpression(R"((table|index|trigger|view) .* already exists)"),
          R"(\1 … already exists)"},
-        {QRegularExpression(R"(table .* has no column named .* Unable)"),
-         "table … has no column named … Unable"},
-        {QRegularExpression(R"(duplicate column name: .* Unable)"),
-         "duplicate column name: … Unable"},
+        {QRegularExpression(R"(table .* has no column named .*" : )"),
+         R"(table … has no column named …" : )"},
+        {QRegularExpression(R"(duplicate column name: .*" : )"), R"(duplicate column name: …" : )"},
     };
     warning = warning.simplified();
     if (warning.contains("[ \"pragma integrity_check") || warning.contains("[ \"select version"))
@@ -519,7 +501,7 @@ public:
         files.writeTo(path("tried"));
         files.writeTo(path("settled"));
         settle();
-        const Run first = runVardo(folder("tried"));
+        const ToolRun first = runVardo(folder("tried"));
         outcome.failure = judge(first);
         return outcome;
     }
@@ -554,14 +536,17 @@ private:
         database.run("select count(*) from sqlite_master");
     }
 
-    QString judge(const Run &run)
+    QString judge(const ToolRun &run)
     {
-        if (!run.ended || !run.errors.isEmpty() || run.exitCode < 0 || run.exitCode > 1)
-            return QString("exit code %1, %2").arg(run.exitCode).arg(QString(run.errors));
+        const QByteArray printed = run.errors + run.output;
+        if (!run.exited)
+            return "a crash or no end, " + printed;
+        if (!printed.isEmpty() || run.exitCode < 0 || run.exitCode > 1)
+            return QString("exit code %1, %2").arg(run.exitCode).arg(QString(printed));
         return run.exitCode == 0 ? judgeUpgrade(run) : judgeRefusal(run);
     }
 
-    QString judgeRefusal(const Run &run)
+    QString judgeRefusal(const ToolRun &run)
     {
         const QString warning = decidingWarning(run.log);
         outcome.result = refusal(warning);
@@ -585,9 +570,9 @@ private:
         return {};
     }
 
-    QString judgeRepetition(const Run &first) const
+    QString judgeRepetition(const ToolRun &first) const
     {
-        const Run second = runVardo(folder("tried"));
+        const ToolRun second = runVardo(folder("tried"));
         if (second.exitCode != 1 || !second.errors.isEmpty())
             return QString("the second run ends with %1").arg(second.exitCode);
         if (files.leftover.isEmpty() && second.log != first.log)
@@ -595,7 +580,7 @@ private:
         return differenceToSettled();
     }
 
-    QString judgeUpgrade(const Run &run)
+    QString judgeUpgrade(const ToolRun &run)
     {
         const bool stepRan = !run.log.filter(": PASS").isEmpty();
         outcome.result = stepRan ? "upgraded" : "up to date";
@@ -633,7 +618,7 @@ private:
     QString differenceToUpgradedCopy() const
     {
         makeSoundCopy(path("settled"), path("copy"));
-        const Run run = runVardo(folder("copy"));
+        const ToolRun run = runVardo(folder("copy"));
         if (run.exitCode != 0)
             return "a sound copy is refused: " + decidingWarning(run.log);
         const QByteArrayList expected = readable(Sqlite(path("copy")));

@@ -28,20 +28,20 @@ int strideOf(Writing writing)
 }
 
 /// \return the warnings of a log, but for those of databases that are not there
-QStringList reasons(const QString &log)
+QStringList reasons(const QStringList &log)
 {
-    return log.split('\n').filter(QRegularExpression("^Warning: (?!File doesn't exist)"));
+    return log.filter(QRegularExpression("^Warning: (?!File doesn't exist)"));
 }
 
 /// Of a write-ahead log whose last write could not be made sure, nor taken back since nothing can be
 /// written any more, it shows only at the next opening whether it holds.
-bool isUndecided(const DisturbedUpgrade::Run &run, Writing writing)
+bool isUndecided(const ToolRun &run, Writing writing)
 {
     return writing == Writing::Ahead && !reasons(run.log).filter("Failed to commit:").isEmpty();
 }
 
 /// \return what contradicts the promise after a disturbed run, empty if nothing does
-QString brokenPromise(DisturbedUpgrade &upgrade, const DisturbedUpgrade::Run &run,
+QString brokenPromise(DisturbedUpgrade &upgrade, const ToolRun &run,
                       Writing writing = Writing::AtCommit)
 {
     const DisturbedUpgrade::Files left = upgrade.files();
@@ -51,7 +51,7 @@ QString brokenPromise(DisturbedUpgrade &upgrade, const DisturbedUpgrade::Run &ru
     if (run.exited && outcome != (run.exitCode == 0 ? "new" : "old") && !isUndecided(run, writing))
         return QString("exit code %1 with the %2 database").arg(run.exitCode).arg(outcome);
     if (run.exited && run.exitCode != 0 && reasons(run.log).isEmpty() && run.errors.isEmpty())
-        return "no reason in the log:\n" + run.log;
+        return "no reason in the log:\n" + run.log.join('\n');
 
     upgrade.setFiles(left);
     const QString afterwards = upgrade.outcomeOfAnotherRun();
@@ -77,7 +77,7 @@ QString brokenByFault(DisturbedUpgrade &upgrade, QProcessEnvironment &environmen
     QFile::remove(upgrade.aside("met"));
     upgrade.setFiles(upgrade.oldFiles());
     environment.insert(faultyfiles::callVariable, QString::number(call));
-    const DisturbedUpgrade::Run run = upgrade.run(environment);
+    const ToolRun run = upgrade.run(environment);
 
     const QString broken = brokenPromise(upgrade, run, writing);
     if (!broken.isEmpty())
@@ -194,7 +194,7 @@ void TestFaults::processWithoutMemory()
     DisturbedUpgrade upgrade(database, Writing::AtCommit, VARDO);
 
     const rlim_t step = walksAll() ? 16 * 1024 : 256 * 1024;
-    DisturbedUpgrade::Run run;
+    ToolRun run;
     int failed = 0; // runs that got as far as to their log and no further
     for (rlim_t limit = step; run.exitCode != 0; limit += step) {
         upgrade.setFiles(upgrade.oldFiles());

@@ -128,7 +128,7 @@ QStringList expectedContent(const QString &name, const QString &text, const QStr
         const TestDatabase database(name + ".db");
         makeDatabaseAt(database, name, 0);
         database.execute(rowsOf(name, harmless, without));
-        if (runTool(VARDO, database).exitCode != 0)
+        if (runToolOn(VARDO, database.folderPath()).exitCode != 0)
             qFatal("harmless rows are not upgraded");
         content = exactContent(database);
     }
@@ -279,7 +279,7 @@ void TestHostile::textsArriveAsTheyWere()
     makeDatabaseAt(database, name, 0);
     database.execute(rowsOf(name, text, without));
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     QCOMPARE(exactContent(database), expected);
@@ -313,7 +313,7 @@ void TestHostile::invalidTextsArriveAsTheyWere()
     makeDatabaseAt(database, name, 0);
     database.execute(rowsOf(name, text, without));
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     if (changed)
@@ -348,7 +348,7 @@ void TestHostile::refusesLimitsThatNoStatementHolds()
                           + limits + ')'});
     const QByteArray before = database.bytes();
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QCOMPARE(run.exitCode, 1);
     QCOMPARE(database.bytes(), before);
@@ -387,7 +387,7 @@ void TestHostile::extremeNumbersArriveAsTheyWere()
     const QStringList before = extremeRows(database, table.oldName, table.columns);
     QCOMPARE(before.size(), numbers.size());
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     QCOMPARE(extremeRows(database, table.newName, table.columns), before);
@@ -409,7 +409,7 @@ void TestHostile::limitsArriveToTheLastBit()
              .arg(limits.at(0), limits.at(1), limits.at(2), limits.at(3), limits.at(4),
                   limits.at(5))});
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(database.rows("select lowerReport, upperReport, lowerRepeat, upperRepeat,"
@@ -449,7 +449,7 @@ void TestHostile::largeValuesArriveAsTheyWere()
                       QString("update upgraded.%1 set %2 = (select value from value) where id = 1")
                           .arg(table, column)});
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QVERIFY2(run.exitCode == 0, qUtf8Printable(run.log.join('\n').left(2000)));
     database.execute({QString("attach '%1' as original").arg(original.path()),
@@ -480,7 +480,7 @@ void TestHostile::manyLookupRowsArriveAsTheyWere()
         database.execute({numbered + "insert into " + table
                           + " select i * 3, 'a' || (i % 1000), 'name ' || (i * 7) from n"});
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QCOMPARE(run.exitCode, 0);
     const QString sound =

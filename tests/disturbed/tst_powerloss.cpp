@@ -265,8 +265,8 @@ QList<Operation> TestPowerLoss::record(DisturbedUpgrade &upgrade)
     environment.insert(faultyfiles::folderVariable, upgrade.folder());
     environment.insert(faultyfiles::traceVariable, upgrade.aside("trace"));
     upgrade.setFiles(upgrade.oldFiles());
-    if (const DisturbedUpgrade::Run run = upgrade.run(environment); run.exitCode != 0)
-        qFatal("%s", qUtf8Printable(run.log + run.errors));
+    if (const ToolRun run = upgrade.run(environment); run.exitCode != 0)
+        qFatal("%s%s", qUtf8Printable(run.log.join('\n')), run.errors.constData());
     return readTrace(upgrade.aside("trace"), upgrade.folder());
 }
 

@@ -253,10 +253,10 @@ void TestEngine::failsOnAFolder()
     QCOMPARE(recorder.messages(),
              QStringList({"Debug: Updating " + folder.path(),
                           QString("Warning: Can't open %1: unable to open database file"
-                                  " Error opening database")
+                                  "")
                               .arg(folder.path()),
                           "Warning: Failed to start transaction:"
-                          " \"unable to open database file Error opening database\""}));
+                          " \"unable to open database file\""}));
 }
 
 void TestEngine::failsOnAFileThatIsNoDatabase()
@@ -276,7 +276,7 @@ void TestEngine::failsOnAFileThatIsNoDatabase()
     QCOMPARE(recorder.messages(),
              QStringList({"Debug: Updating " + file.fileName(),
                           "Warning: Failed to start transaction:"
-                          " \"file is not a database Unable to fetch row\""}));
+                          " \"file is not a database\""}));
     file.seek(0);
     QCOMPARE(file.readAll(), letter);
 }
@@ -572,7 +572,7 @@ void TestEngine::padsTheSignatureTo12Characters()
     const bool upgraded = ToyUpdater(database.path()).run();
 
     QVERIFY(upgraded);
-    QCOMPARE(recorder.rawMessages().mid(1, 2),
+    QCOMPARE(recorder.numberedMessages().mid(1, 2),
              QStringList({"Debug: update_v9() : SKIP", "Debug: update_v10(): PASS"}));
 }
 
@@ -590,7 +590,7 @@ void TestEngine::stopsAtTheFirstFailingStep()
     QCOMPARE(recorder.messages(),
              QStringList({"Debug: Updating " + database.path(),
                           "Warning: tests/engine/tst_engine.cpp ( line ):  "
-                          "\"table made_by_9 already exists Unable to execute statement\" : "
+                          "\"table made_by_9 already exists\" : "
                           "[ \"create table made_by_9(id)\" ]",
                           "Debug: update_v9() : FAIL"}));
     QCOMPARE(database.table("version"), QStringList{"3"});
@@ -632,10 +632,10 @@ void TestEngine::failsWithoutAVersionTable()
     QVERIFY(!upgraded);
     QCOMPARE(recorder.messages().mid(3),
              QStringList({"Warning: coagulation/vardo/updatebase.cpp ( line ):  "
-                          "\"no such table: version Unable to execute statement\" : "
+                          "\"no such table: version\" : "
                           "[ \"delete from version\" ]",
                           "Warning: coagulation/vardo/updatebase.cpp ( line ):  "
-                          "\"no such table: version Unable to execute statement\" : "
+                          "\"no such table: version\" : "
                           "[ \"insert into version values(10)\" ]",
                           "Debug: Failed to update version to 10"}));
     QCOMPARE(database.schema(), QStringList());
@@ -737,7 +737,7 @@ void TestEngine::failsToStartWhileAnotherWrites()
     QCOMPARE(recorder.messages(),
              QStringList({"Debug: Updating " + database.path(),
                           "Warning: Failed to start transaction:"
-                          " \"database is locked Unable to fetch row\""}));
+                          " \"database is locked\""}));
     QCOMPARE(database.content(), before);
 }
 
@@ -768,7 +768,7 @@ void TestEngine::failsToCommitWhileAnotherReads()
     QCOMPARE(recorder.messages().mid(3),
              QStringList({"Debug: Updated version to 10",
                           "Warning: Failed to commit:"
-                          " \"database is locked Unable to commit transaction\""}));
+                          " \"database is locked\""}));
     QCOMPARE(database.content(), before);
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "messagerecorder.h"
 
+#include "drivertexts.h"
+
 #include <QRegularExpression>
 
 namespace {
@@ -33,11 +35,13 @@ MessageRecorder::~MessageRecorder()
 QStringList MessageRecorder::messages() const
 {
     static const QRegularExpression lineNumber(R"(\( \d+ \))");
-    QStringList messages = recorded();
-    return messages.replaceInStrings(lineNumber, "( line )");
+    return numberedMessages().replaceInStrings(lineNumber, "( line )");
 }
 
-QStringList MessageRecorder::rawMessages() const
+QStringList MessageRecorder::numberedMessages() const
 {
-    return recorded();
+    QStringList messages = recorded();
+    for (QString &message : messages)
+        message = withoutDriverTexts(message);
+    return messages;
 }

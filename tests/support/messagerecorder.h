@@ -3,8 +3,8 @@
 
 #include <QStringList>
 
-/// Takes every Qt message of its lifetime out of the test's output and keeps it as "Warning: text".
-/// One at a time.
+/// Takes every Qt message of its lifetime out of the test's output and keeps it as "Warning: text", without
+/// the words that Qt's driver adds to an error of SQLite's (see withoutDriverTexts()). One at a time.
 class MessageRecorder {
 public:
     MessageRecorder();
@@ -14,8 +14,8 @@ public:
     /// \return the messages so far, oldest first, with every "( 123 )" written as "( line )"
     QStringList messages() const;
 
-    /// \return the messages so far, as they came
-    QStringList rawMessages() const;
+    /// \return the messages so far with their line numbers
+    QStringList numberedMessages() const;
 
 private:
     QtMessageHandler before;

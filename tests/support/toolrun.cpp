@@ -1,24 +1,85 @@
 // SPDX-License-Identifier: MIT
 #include "toolrun.h"
 
-#include "testdatabase.h"
+#include "drivertexts.h"
 
+#include <QDir>
 #include <QFile>
-#include <QProcess>
 
-ToolRun runTool(const QString &program, const TestDatabase &database)
+namespace {
+
+constexpr int patience = 120'000; // ms, for large databases under the sanitizers
+
+[[noreturn]] void fail(const QProcess &process)
 {
-    constexpr int patience = 120'000; // ms, for large databases under the sanitizers
-    QProcess process;
-    process.start(program, {"-p", database.folderPath() + '/', database.path() + ".log"});
-    if (!process.waitForFinished(patience) || process.exitStatus() != QProcess::NormalExit)
-        qFatal("%s: %s", qUtf8Printable(program), qUtf8Printable(process.errorString()));
+    qFatal("%s: %s", qUtf8Printable(process.program()), qUtf8Printable(process.errorString()));
+}
 
-    QFile file(database.path() + ".log");
+} // namespace
+
+RunningTool::RunningTool(const ToolCommand &command)
+    : log(command.log.isEmpty() ? QString() : QDir(command.folder).filePath(command.log))
+{
+    process.setWorkingDirectory(command.folder);
+    process.setProcessEnvironment(command.environment);
+#ifdef Q_OS_UNIX
+    if (command.inChild)
+        process.setChildProcessModifier(command.inChild);
+#endif
+    process.start(command.program,
+                  command.log.isEmpty() ? command.arguments
+                                        : command.arguments + QStringList{command.log});
+    if (!process.waitForStarted(patience))
+        fail(process);
+    timer.start();
+}
+
+bool RunningTool::endsWithin(int msecs)
+{
+    return process.state() == QProcess::NotRunning || process.waitForFinished(msecs);
+}
+
+void RunningTool::kill()
+{
+    process.kill();
+    process.waitForFinished(patience);
+}
+
+ToolRun RunningTool::result()
+{
+    if (!endsWithin(patience))
+        fail(process);
+    const bool exited = process.exitStatus() == QProcess::NormalExit;
+    return {exited, exited ? process.exitCode() : -1, process.readAllStandardOutput(),
+            process.readAllStandardError(), log.isEmpty() ? QStringList() : logLines(log)};
+}
+
+ToolRun runTool(const ToolCommand &command)
+{
+    return RunningTool(command).result();
+}
+
+ToolRun runToolOn(const QString &program, const QString &folder)
+{
+    const QString log = folder + "/upgrade.log";
+    const ToolRun run = runTool({program, {"-p", folder + '/'}, log});
+    QFile::remove(log);
+    return run;
+}
+
+QStringList logLines(const QString &path)
+{
+    QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        qFatal("no log");
-    const QString log = QString::fromUtf8(file.readAll());
-    file.remove();
-    return {process.exitCode(),
-            QString(log).remove(" ((null):0, (null))").split('\n', Qt::SkipEmptyParts)};
+        return {};
+    const QString log = QString::fromUtf8(file.readAll()).remove(" ((null):0, (null))");
+    return withoutDriverTexts(log).split('\n', Qt::SkipEmptyParts);
+}
+
+QProcessEnvironment environmentWithLocale(const QString &locale)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("LANGUAGE"); // it would come before the locale
+    environment.insert("LC_ALL", locale);
+    return environment;
 }

@@ -2,6 +2,7 @@
 /// The English labels: that none is missing, and what they change in a database that the tool upgrades.
 
 #include "testdatabase.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QFile>
@@ -132,16 +133,12 @@ void TestEnglish::decidesTheTexts()
     const TestDatabase database("profile.db");
     database.load("profile_v0.sql");
     database.execute({"delete from profile where name = 'patient/hospitalNo'"}); // it would be kept
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove("LANGUAGE");
-    environment.insert("LC_ALL", locale);
 
-    QProcess vardo;
-    vardo.setProcessEnvironment(environment);
-    vardo.start(tool, {"-p", database.folderPath() + '/'});
+    const ToolRun run = runTool({.program = tool,
+                                 .arguments = {"-p", database.folderPath() + '/'},
+                                 .environment = environmentWithLocale(locale)});
 
-    QVERIFY(vardo.waitForFinished());
-    QCOMPARE(vardo.exitCode(), 0);
+    QCOMPARE(run.exitCode, 0);
     for (const Text &text : texts)
         QCOMPARE(database.rows(text.query),
                  QStringList{'\'' + (english ? text.english : text.chinese) + '\''});

@@ -3,6 +3,7 @@
 
 #include "expectedsteps.h"
 #include "testdatabase.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -10,27 +11,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
-
-namespace {
-
-/// \return what the program printed, when it succeeded
-QByteArray outputOf(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove("LANGUAGE");
-    environment.insert("LC_ALL", "en_US.UTF-8");
-    process.setProcessEnvironment(environment);
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    const bool finished = process.waitForFinished();
-    QByteArray output = process.readAllStandardOutput();
-    if (!finished || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        qFatal("%s: %s", qUtf8Printable(program), output.constData());
-    return output;
-}
-
-} // namespace
 
 class TestInstallation : public QObject {
     Q_OBJECT
@@ -48,7 +28,12 @@ private:
 
 void TestInstallation::initTestCase()
 {
-    outputOf(CMAKE, {"--install", BUILD, "--config", CONFIGURATION, "--prefix", root.path()});
+    QProcess cmake;
+    cmake.setProcessChannelMode(QProcess::MergedChannels);
+    cmake.start(CMAKE, {"--install", BUILD, "--config", CONFIGURATION, "--prefix", root.path()});
+    QVERIFY2(cmake.waitForFinished() && cmake.exitStatus() == QProcess::NormalExit
+                 && cmake.exitCode() == 0,
+             cmake.readAll().constData());
 }
 
 void TestInstallation::holdsTheToolAndItsDocuments()
@@ -96,10 +81,13 @@ void TestInstallation::hasAToolThatUpgrades()
     const TestDatabase database("profile.db");
     database.load("profile_v0.sql");
 
-    const QByteArray log =
-        outputOf(root.filePath("bin/" TOOL), {"-p", database.folderPath() + '/'});
+    const ToolRun run = runTool({.program = root.filePath("bin/" TOOL),
+                                 .arguments = {"-p", database.folderPath() + '/'},
+                                 .environment = environmentWithLocale("en_US.UTF-8")});
 
-    QVERIFY2(log.contains("\nUpdated version to " + newestVersion + '\n'), log.constData());
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(run.errors.contains("\nUpdated version to " + newestVersion + '\n'),
+             run.errors.constData());
     QCOMPARE(database.rows("select version from version"), QStringList{newestVersion});
     QCOMPARE(database.rows("select value from profile where name = 'patient/instrId'"),
              QStringList{TRANSLATED ? "'Instrument'" : "'测量仪器'"});

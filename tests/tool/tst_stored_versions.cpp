@@ -279,9 +279,9 @@ void TestStoredVersions::everyVersionIsUpgraded()
     }
     const QStringList brokenReferences = database.rows(brokenReferencesOf(name, stored));
 
-    const ToolRun first = runTool(VARDO, database);
+    const ToolRun first = runToolOn(VARDO, database.folderPath());
     const QStringList upgraded = database.content();
-    const ToolRun second = runTool(VARDO, database);
+    const ToolRun second = runToolOn(VARDO, database.folderPath());
 
     QCOMPARE(first.exitCode, 0);
     QCOMPARE(linesOfTheEngine(first.log), expectedLog(database, name, stored));
@@ -320,7 +320,7 @@ void TestStoredVersions::aVersionAboveTheNewestIsLowered()
     const QStringList newest = database.content();
     database.execute({QString("update version set version = %1").arg(stored)});
 
-    const ToolRun run = runTool(VARDO, database);
+    const ToolRun run = runToolOn(VARDO, database.folderPath());
 
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(linesOfTheEngine(run.log), expectedLog(database, name, stored));
@@ -349,7 +349,7 @@ void TestStoredVersions::stepByStepIsTheSameAsOneRun()
     QFETCH(RunSteps, runSteps);
     const TestDatabase inOneRun(name + ".db");
     makeDatabaseAt(inOneRun, name, 0);
-    QCOMPARE(runTool(VARDO, inOneRun).exitCode, 0);
+    QCOMPARE(runToolOn(VARDO, inOneRun.folderPath()).exitCode, 0);
     const TestDatabase database(name + ".db");
     makeDatabaseAt(database, name, 0);
     const MessageRecorder recorder;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// The stand-in's search for a translation: beside the executable, then in the shared folder.
 
+#include "toolrun.h"
+
 #include "coagulation/core/translators.h"
 
 #include <QCoreApplication>
@@ -59,10 +61,7 @@ void TestTranslators::provide(const QString &source, const QString &target) cons
 QString TestTranslators::translated(const QString &locale) const
 {
     QProcess program;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove("LANGUAGE");
-    environment.insert("LC_ALL", locale);
-    program.setProcessEnvironment(environment);
+    program.setProcessEnvironment(environmentWithLocale(locale));
     program.start(root->filePath("bin/program"), {"translate"});
     return program.waitForFinished() ? QString::fromUtf8(program.readAllStandardOutput())
                                      : program.errorString();
