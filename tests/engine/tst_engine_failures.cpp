@@ -38,7 +38,7 @@ int denyRollback(void *, int action, const char *what, const char *, const char 
     return action == SQLITE_TRANSACTION && qstrcmp(what, "ROLLBACK") == 0 ? SQLITE_DENY : SQLITE_OK;
 }
 
-/// \return the statements that were traced, as they are written
+/// \return the statements that were traced, as they are written, also those that Qt's driver runs by itself
 QStringList &statements()
 {
     static QStringList statements;
@@ -49,6 +49,14 @@ int trace(unsigned, void *, void *statement, void *)
 {
     statements() << sqlite3_sql(static_cast<sqlite3_stmt *>(statement));
     return 0;
+}
+
+/// \return those that read or change what is in the database, not the transaction or the connection
+QStringList thoseOnContent(const QStringList &statements)
+{
+    static const QRegularExpression onContent("^(?!begin|rollback|pragma)",
+                                              QRegularExpression::CaseInsensitiveOption);
+    return statements.filter(onContent);
 }
 
 const QStringList patients{
@@ -241,7 +249,7 @@ void TestEngineFailures::everyOperationMeetsTheEnvironment_data()
         << "insert into broken_target (";
     QTest::newRow("copyTable's insert, adjusted") << Step([keep](StepUpdater &step) {
         return step.copyTable("patient", "broken_target", {}, {}, keep);
-    }) << R"(INSERT INTO \"broken_target\" ()";
+    }) << "insert into broken_target (";
     QTest::newRow("rebuildTable's copy")
         << Step([](StepUpdater &step) { return step.rebuildTable("broken_target", "patient"); })
         << "insert into broken_target (";
@@ -302,7 +310,9 @@ void TestEngineFailures::everyOperationMeetsTheEnvironment()
     QCOMPARE(database.content(), before);
     const QStringList log = recorder.messages();
     QCOMPARE(log.size(), 3);
-    QVERIFY2(log.at(1).contains("\"database or disk is full\" : [ \"" + statement),
+    // letter case and quotation marks of the statements that the driver makes are its own
+    const QString failure = log.at(1).toLower().remove(R"(\")");
+    QVERIFY2(failure.contains("\"database or disk is full\" : [ \"" + statement),
              qUtf8Printable(log.at(1)));
     QCOMPARE(log.at(2), QString("Debug: update_v1() : FAIL"));
 }
@@ -349,8 +359,7 @@ void TestEngineFailures::noStatementRunsAfterwards()
     QVERIFY(!upgraded);
     const QStringList ran = statements();
     QVERIFY(ran.contains("select fail(10)"));
-    QCOMPARE(ran.mid(ran.indexOf("select fail(10)") + 1),
-             QStringList({"begin", "ROLLBACK", "pragma query_only=on"}));
+    QCOMPARE(thoseOnContent(ran.mid(ran.indexOf("select fail(10)") + 1)), QStringList());
 }
 
 void TestEngineFailures::everyOperationIsSilentAfterwards()
@@ -636,12 +645,12 @@ void TestEngineFailures::preparesTheConnectionBeforeItReads()
     const StepUpdater updater(database.path(), [](StepUpdater &) { return true; });
 
     sqlite3_cancel_auto_extension(extension);
-    const QStringList ran = statements(); // Qt's driver sets its own before
-    QCOMPARE(ran.mid(ran.size() - 3),
-             QStringList({"pragma legacy_alter_table=on", "pragma foreign_keys=off",
-                          "select version from version order by version desc"}));
-    QVERIFY2(!ran.mid(0, ran.size() - 3).join(' ').contains("select", Qt::CaseInsensitive),
-             qUtf8Printable(ran.join('\n')));
+    const QStringList ran = statements();
+    const QStringList reading = thoseOnContent(ran);
+    QVERIFY(!reading.isEmpty());
+    const QStringList before = ran.mid(0, ran.indexOf(reading.constFirst()));
+    for (const char *setting : {"pragma legacy_alter_table=on", "pragma foreign_keys=off"})
+        QVERIFY2(before.contains(setting), qUtf8Printable(ran.join('\n')));
     QSqlQuery foreignKeys("pragma foreign_keys");
     QVERIFY(foreignKeys.next());
     QCOMPARE(foreignKeys.value(0).toInt(), 0);

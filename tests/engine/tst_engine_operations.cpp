@@ -73,6 +73,7 @@ private slots:
     void execLogsTheCallersLine();
     void execLogsOneWarning_data();
     void execLogsOneWarning();
+    void execRefusesTwoStatements();
     void execLogsAStatementOnOneLine();
     void execAllStopsAtTheFirstFailure();
     void tryAllRunsEveryStatement();
@@ -225,8 +226,6 @@ void TestEngineOperations::execLogsOneWarning_data()
                                 << "UNIQUE constraint failed: made.id";
     QTest::newRow("trigger") << "delete from made"
                              << "rows are kept";
-    QTest::newRow("two statements") << "select 1; select 2"
-                                    << "not an error";
 }
 
 void TestEngineOperations::execLogsOneWarning()
@@ -249,6 +248,21 @@ void TestEngineOperations::execLogsOneWarning()
                                  "\"%1\" : [ \"%2\" ]")
                              .arg(escaped.replace('"', "\\\""), sql)});
     QCOMPARE(database.table("made"), QStringList{"1"});
+}
+
+void TestEngineOperations::execRefusesTwoStatements()
+{
+    const QString sql = "insert into made values(1); insert into made values(2)";
+    const TestDatabase database;
+    database.execute({versionTable, "create table made(id)"});
+
+    const Outcome outcome =
+        runStep(database, [&](StepUpdater &step) { return step.exec(SOURCE_LINE, sql); });
+
+    QVERIFY(!outcome.result);
+    QCOMPARE(outcome.log.size(), 1);
+    QVERIFY(outcome.log.first().endsWith(QString(" : [ \"%1\" ]").arg(sql)));
+    QCOMPARE(database.table("made"), QStringList());
 }
 
 void TestEngineOperations::execLogsAStatementOnOneLine()
