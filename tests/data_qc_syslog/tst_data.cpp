@@ -5,79 +5,16 @@
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "testdatabase.h"
-
-#include "coagulation/vardo/updatedata.h"
+#include "upgrade.h"
 
 #include <QtTest>
 
-using coagulation::UpdateData;
-
 namespace {
-
-bool upgrade(const TestDatabase &database)
-{
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
-    return UpdateData().run();
-}
 
 const QString newestVersion = QString::number(newestVersionOf("data"));
 
-const QStringList newSchema{
-    "CREATE INDEX checkedResult_index on checkedResult(patientId, item, subitem)",
-    "CREATE INDEX department_index on department (abbr)",
-    "CREATE INDEX diagnosis_index on diagnosis (abbr)",
-    "CREATE INDEX doctor_index on doctor (abbr)",
-    "CREATE INDEX memo_index on memo (abbr)",
-    "CREATE INDEX operator_index on operator (abbr)",
-    "CREATE INDEX patient_index on patient(date, sampleNo)",
-    "CREATE INDEX results_index on results(patientId, item, subitem)",
-    "CREATE INDEX sex_index on sex (abbr)",
-    "CREATE INDEX treatmentRoom_index on treatmentRoom (abbr)",
-    "CREATE TABLE checkedResult(id integer primary key, patientId integer references patient,"
-    " item text, subitem text, resultsId integer references results,"
-    " unique(patientId, item, subitem) on conflict replace)",
-    "CREATE TABLE \"curve\"(id integer primary key, patientId integer references patient,"
-    " item text, version integer, curve blob, deletedAt datetime)",
-    "CREATE TABLE \"department\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
-    "CREATE TABLE \"detail\"(id integer primary key, patientId integer references patient,"
-    " item text, version integer, info text, deletedAt datetime)",
-    "CREATE TABLE \"diagnosis\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
-    "CREATE TABLE \"doctor\"(id integer primary key, abbr text COLLATE NOCASE, name text,"
-    " department text)",
-    "CREATE TABLE exam (id integer primary key, sampleNo text, date date, item text)",
-    "CREATE TABLE memo(id integer primary key, abbr text COLLATE NOCASE, name text)",
-    "CREATE TABLE \"operator\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
-    "CREATE TABLE patient (id integer primary key, sampleNo text, date date, time time,"
-    " name text, sex text, age text, department text, doctor text, diagnosis text, barcode text,"
-    " sampleType text, hospitalNo text, memo text, printTime datetime, outputTime datetime,"
-    " sampleTime datetime, testTime datetime, validateTime datetime, instrId text)",
-    "CREATE TABLE patientExtra (id integer primary key, patientId integer references patient,"
-    " name text, value text)",
-    "CREATE TABLE results(id integer primary key, patientId integer references patient,"
-    " item text, subitem text, version integer, abbr text, code text, date date, time time,"
-    " result real, unit text, flag integer, displayOrder integer, lowerMarkLimit real,"
-    " upperMarkLimit real, deletedAt datetime)",
-    "CREATE TABLE sampleAssayRequest(barcode text primary key, testItems text, patientInfo text,"
-    " finished integer not null default 0, updatedTime datetime)",
-    "CREATE TABLE \"sex\"(id integer primary key, abbr text COLLATE NOCASE, name text)",
-    "CREATE TABLE \"treatmentRoom\"(id integer primary key, abbr text COLLATE NOCASE, name text,"
-    " department text)",
-    "CREATE TABLE version(version integer)",
-    "CREATE TRIGGER on_delete_patient after delete on patient begin"
-    " delete from patientExtra where old.id = patientExtra.patientId;"
-    " delete from exam where old.sampleNo = exam.sampleNo and old.date = exam.date;"
-    " delete from results where old.id = results.patientId;"
-    " delete from checkedResult where old.id = checkedResult.patientId;"
-    " delete from curve where old.id = curve.patientId;"
-    " delete from detail where old.id = detail.patientId; end",
-    "CREATE VIEW result as select results.id, results.patientId, results.item, results.subitem,"
-    " abbr, code, result, unit, flag, displayOrder, lowerMarkLimit, upperMarkLimit"
-    " from results, checkedResult where results.id = checkedResult.resultsId"
-    " and results.patientId = checkedResult.patientId",
-};
-
 // clang-format off
-const QList<std::pair<QString, QStringList>> newTables{
+const ExpectedTables newTables{
     {"patient", {
         "1, '0001', '2016-05-09', '08:01:02', '王芳', '女', '45岁', '心内科', '李伟', '房颤', '690123450001', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL",
         "2, '0002', '2016-05-09', '08:03:04', 'O''Neill', '男', '61', 'ICU', 'Dr. Ho', '\"DVT\", left', '690123450002', NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL, NULL",
@@ -165,28 +102,14 @@ void TestData::init()
 
 void TestData::reachesTheNewestVersionFromEveryVersion_data()
 {
-    QTest::addColumn<int>("stored");
-
-    for (int version = 0; version <= newestVersionOf("data"); ++version)
-        QTest::addRow("%d", version) << version;
+    addVersionRows("data");
 }
 
 void TestData::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
-    const TestDatabase database("data.db");
-    makeDatabaseAt(database, "data", stored);
-    const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database);
-
-    QVERIFY(upgraded);
-    QCOMPARE(recorder.messages(),
-             QStringList{"Debug: Updating " + database.path()} + stepLog("data", stored)
-                 + QStringList{"Debug: Updated version to " + newestVersion});
-    QCOMPARE(database.schema(), newSchema);
-    for (const auto &[table, rows] : newTables)
-        QCOMPARE(database.table(table), rows);
+    verifyUpgrade("data", stored, newTables);
 }
 
 void TestData::keepsADetailOfEveryVersion_data()
@@ -326,27 +249,8 @@ void TestData::failsAndKeepsTheFile()
     QFETCH(QStringList, obstacles);
     QFETCH(QStringList, failing);
     QFETCH(int, step);
-    const TestDatabase database("data.db");
-    makeDatabaseAt(database, "data", stored);
-    database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
-    const QStringList before = database.content();
-    const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database);
-
-    QVERIFY(!upgraded);
-    QCOMPARE(database.content(), before);
-    QCOMPARE(recorder.messages().filter("Debug: update_v"), stepLog("data", stored, step));
-    const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
-    QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
-    for (int i = 0; i < failing.size(); ++i) {
-        QVERIFY2(
-            warnings.at(i).startsWith("Warning: coagulation/vardo/updatedata.cpp ( line ):  \"")
-                || warnings.at(i).startsWith(
-                    "Warning: coagulation/vardo/updatebase.cpp ( line ):  \""),
-            qUtf8Printable(warnings.at(i)));
-        QVERIFY2(warnings.at(i).contains("[ \"" + failing.at(i)), qUtf8Printable(warnings.at(i)));
-    }
+    verifyUpgradeFails("data", stored, obstacles, failing, step);
 }
 
 void TestData::ignoresAndWarnsOnce_data()
@@ -433,22 +337,8 @@ void TestData::ignoresAndWarnsOnce()
     QFETCH(int, stored);
     QFETCH(QStringList, obstacles);
     QFETCH(QStringList, failing);
-    const TestDatabase database("data.db");
-    makeDatabaseAt(database, "data", stored);
-    database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
-    const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database);
-
-    QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
-    QCOMPARE(database.table("version"), QStringList{newestVersion});
-    const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
-    QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
-    for (int i = 0; i < failing.size(); ++i) {
-        QVERIFY2(warnings.at(i).startsWith("Warning: coagulation/vardo/updatedata.cpp ( line ):  "),
-                 qUtf8Printable(warnings.at(i)));
-        QVERIFY2(warnings.at(i).contains("[ \"" + failing.at(i)), qUtf8Printable(warnings.at(i)));
-    }
+    verifyUpgradeIgnores("data", stored, obstacles, failing);
 }
 
 void TestData::copiesLookupListsByColumnName()
@@ -491,7 +381,7 @@ void TestData::makesEmptyTablesWithoutOldResults()
     QCOMPARE(recorder.messages().filter(QRegularExpression("^Warning: ")).size(), 4);
     QCOMPARE(database.table("results"), QStringList());
     QCOMPARE(database.table("checkedResult"), QStringList());
-    QCOMPARE(database.schema(), newSchema);
+    QCOMPARE(database.comparableSchema(), referenceSchema("data"));
 }
 
 void TestData::findsAbbreviationsInAnyCase()

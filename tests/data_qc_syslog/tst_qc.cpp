@@ -5,45 +5,15 @@
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "testdatabase.h"
-
-#include "coagulation/vardo/updateqc.h"
+#include "upgrade.h"
 
 #include <QtTest>
 
-using coagulation::UpdateQc;
-
 namespace {
-
-bool upgrade(const TestDatabase &database)
-{
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
-    return UpdateQc().run();
-}
 
 const QString newestVersion = QString::number(newestVersionOf("qc"));
 
-const QStringList newSchema{
-    "CREATE INDEX info_index on info(reagentId, itemId, subitemId, instrId)",
-    "CREATE INDEX reagent_index on reagent(fileNo, lotsNum, reagentId)",
-    "CREATE TABLE \"info\"(id integer primary key, reagentId integer references reagent,"
-    " itemId integer, subitemId integer, instrId text default 'wb1', item text, subitem text,"
-    " unit text, x integer default 0, sul real, ul real, xmean real, ll real, sll real,"
-    " lj integer default 0, mean real, sd real)",
-    "CREATE TABLE qc (id integer primary key, infoId integer, date date, time time, result real,"
-    " flag integer, remark text)",
-    "CREATE TABLE \"reagent\"(id integer primary key, reagentId integer, fileNo integer,"
-    " name text, lotsNum text, expireDate date, level text)",
-    "CREATE TABLE \"subsetting\"(id integer primary key, fileNo integer, subitemId integer,"
-    " instrId text default 'wb1', execCheck integer default 1, checkMethod integer default 0,"
-    " x integer default 0, sul real, ul real, xmean real, ll real, sll real,"
-    " lj integer default 0, mean real, sd real, rule1_2s integer default 1,"
-    " rule1_3s integer default 2, rule2_2s integer default 0, rule4_1s integer default 0,"
-    " ruleR_4s integer default 0, rule10x integer default 0,"
-    " unique (fileNo, subitemId, instrId) on conflict replace)",
-    "CREATE TABLE version(version integer)",
-};
-
-const QList<std::pair<QString, QStringList>> newTables{
+const ExpectedTables newTables{
     {"reagent",
      {
          "1, 21, 1, '质控血浆 正常', 'N1603', '2017-03-31', NULL",
@@ -105,28 +75,14 @@ void TestQc::init()
 
 void TestQc::reachesTheNewestVersionFromEveryVersion_data()
 {
-    QTest::addColumn<int>("stored");
-
-    for (int version = 0; version <= newestVersionOf("qc"); ++version)
-        QTest::addRow("%d", version) << version;
+    addVersionRows("qc");
 }
 
 void TestQc::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
-    const TestDatabase database("qc.db");
-    makeDatabaseAt(database, "qc", stored);
-    const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database);
-
-    QVERIFY(upgraded);
-    QCOMPARE(recorder.messages(),
-             QStringList{"Debug: Updating " + database.path()} + stepLog("qc", stored)
-                 + QStringList{"Debug: Updated version to " + newestVersion});
-    QCOMPARE(database.schema(), newSchema);
-    for (const auto &[table, rows] : newTables)
-        QCOMPARE(database.table(table), rows);
+    verifyUpgrade("qc", stored, newTables);
 }
 
 void TestQc::failsAndKeepsTheFile_data()
@@ -182,33 +138,8 @@ void TestQc::failsAndKeepsTheFile()
     QFETCH(QStringList, obstacles);
     QFETCH(QStringList, failing);
     QFETCH(int, step);
-    const TestDatabase database("qc.db");
-    makeDatabaseAt(database, "qc", stored);
-    database.execute(obstacles);
-    const QStringList before = database.content();
-    const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database);
-
-    QVERIFY(!upgraded);
-    QCOMPARE(database.content(), before);
-    QStringList steps;
-    for (int i = 1; i <= step; ++i)
-        steps << QString("Debug: update_v%1() : %2")
-                     .arg(QString::number(i),
-                          i == step        ? "FAIL"
-                              : i > stored ? "PASS"
-                                           : "SKIP");
-    QCOMPARE(recorder.messages().filter("Debug: update_v"), steps);
-    const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
-    QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
-    for (int i = 0; i < failing.size(); ++i) {
-        QVERIFY2(warnings.at(i).startsWith("Warning: coagulation/vardo/updateqc.cpp ( line ):  \"")
-                     || warnings.at(i).startsWith(
-                         "Warning: coagulation/vardo/updatebase.cpp ( line ):  \""),
-                 qUtf8Printable(warnings.at(i)));
-        QVERIFY2(warnings.at(i).contains("[ \"" + failing.at(i)), qUtf8Printable(warnings.at(i)));
-    }
+    verifyUpgradeFails("qc", stored, obstacles, failing, step);
 }
 
 void TestQc::ignoresAndWarnsOnce_data()
@@ -227,19 +158,8 @@ void TestQc::ignoresAndWarnsOnce()
 {
     QFETCH(QStringList, obstacles);
     QFETCH(QString, failing);
-    const TestDatabase database("qc.db");
-    database.load("qc_v0.sql");
-    database.execute(obstacles);
-    const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database);
-
-    QVERIFY(upgraded);
-    const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
-    QCOMPARE(warnings.size(), 1);
-    QVERIFY2(warnings.first().startsWith("Warning: coagulation/vardo/updateqc.cpp ( line ):  "),
-             qUtf8Printable(warnings.first()));
-    QVERIFY2(warnings.first().contains("[ \"" + failing), qUtf8Printable(warnings.first()));
+    verifyUpgradeIgnores("qc", 0, obstacles, {failing});
 }
 
 void TestQc::takesTheNameOfAnIndexOnAnotherTable_data()
@@ -262,7 +182,7 @@ void TestQc::takesTheNameOfAnIndexOnAnotherTable()
     const bool upgraded = upgrade(database);
 
     QVERIFY(upgraded); // and no warning
-    QCOMPARE(database.schema(), newSchema);
+    QCOMPARE(database.comparableSchema(), referenceSchema("qc"));
 }
 
 void TestQc::fillsOnlyColumnsThatTheOldLayoutLacks()

@@ -3,8 +3,8 @@
 
 #include "expectedsteps.h"
 #include "messagerecorder.h"
-#include "olddatabases.h"
 #include "testdatabase.h"
+#include "upgrade.h"
 
 #include "coagulation/vardo/updatesyslog.h"
 
@@ -59,13 +59,6 @@ QStringList versionTable(int version)
             QString("insert into version values(%1)").arg(version)};
 }
 
-/// Upgrades the database that the driver would take, with an empty prefix.
-bool upgrade(const TestDatabase &database)
-{
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
-    return UpdateSyslog().run();
-}
-
 } // namespace
 
 class TestSyslog : public QObject {
@@ -108,28 +101,14 @@ void TestSyslog::takesTheFileNameFromPrefixAndSuffix()
 
 void TestSyslog::reachesTheNewestVersionFromEveryVersion_data()
 {
-    QTest::addColumn<int>("stored");
-
-    for (int version = 0; version <= newestVersionOf("syslog"); ++version)
-        QTest::addRow("%d", version) << version;
+    addVersionRows("syslog");
 }
 
 void TestSyslog::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
-    const TestDatabase database("syslog.db");
-    makeDatabaseAt(database, "syslog", stored);
-    const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database);
-
-    QVERIFY(upgraded);
-    QCOMPARE(recorder.messages(),
-             QStringList{"Debug: Updating " + database.path()} + stepLog("syslog", stored)
-                 + QStringList{"Debug: Updated version to " + newestVersion});
-    QCOMPARE(database.table("version"), QStringList{newestVersion});
-    const QStringList schema = database.schema();
-    QVERIFY2(schema.contains(maintenanceRecordsSchema), qUtf8Printable(schema.join('\n')));
+    verifyUpgrade("syslog", stored, {{"version", {newestVersion}}});
 }
 
 void TestSyslog::cutsTimesAtTheirFirstPoint()

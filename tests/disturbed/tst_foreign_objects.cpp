@@ -3,27 +3,11 @@
 
 #include "messagerecorder.h"
 #include "olddatabases.h"
-
-#include "coagulation/vardo/updatedata.h"
-#include "coagulation/vardo/updateprofile.h"
-#include "coagulation/vardo/updateqc.h"
-#include "coagulation/vardo/updatesyslog.h"
+#include "upgrade.h"
 
 #include <QtTest>
 
 namespace {
-
-bool upgrade(const TestDatabase &database, const QString &name)
-{
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
-    if (name == "profile")
-        return coagulation::UpdateProfile().run();
-    if (name == "data")
-        return coagulation::UpdateData().run();
-    if (name == "qc")
-        return coagulation::UpdateQc().run();
-    return coagulation::UpdateSyslog().run();
-}
 
 /// \return the statements that made the objects whose names begin with "site"
 QStringList siteObjects(const TestDatabase &database)
@@ -123,7 +107,7 @@ void TestForeignObjects::anObjectSurvives()
     const QStringList before = siteObjects(database);
     const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database, name);
+    const bool upgraded = upgrade(database);
 
     QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
     QCOMPARE(before.size(), 1);
@@ -175,7 +159,7 @@ void TestForeignObjects::anObjectOnARebuiltTableIsLost()
     database.execute({object});
     const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database, name);
+    const bool upgraded = upgrade(database);
 
     QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
     QCOMPARE(siteObjects(database), QStringList());
@@ -210,7 +194,7 @@ void TestForeignObjects::aTableOfTheirOwnKeepsItsRows()
     const QStringList keys = database.rows("select * from siteKeys");
     const MessageRecorder recorder;
 
-    const bool upgraded = upgrade(database, name);
+    const bool upgraded = upgrade(database);
 
     QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
     QCOMPARE(objects.size(), 4);

@@ -5,6 +5,7 @@
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "profilesteps.h"
+#include "upgrade.h"
 
 #include <QtTest>
 
@@ -86,14 +87,14 @@ void TestProfile::reachesTheNewestVersionFromEveryVersion()
     QFETCH(int, stored);
     const TestDatabase fromTheOldest("profile.db");
     makeDatabaseAt(fromTheOldest, "profile", 0);
-    QVERIFY(upgradeProfile(fromTheOldest));
+    QVERIFY(upgrade(fromTheOldest));
     DatabaseContent expected = contentOf(fromTheOldest);
     becomeUpgradedFrom(stored, expected);
     const TestDatabase database("profile.db");
     makeDatabaseAt(database, "profile", stored);
     const MessageRecorder recorder;
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(upgraded);
     const QStringList log = recorder.messages();
@@ -113,11 +114,11 @@ void TestProfile::changesNothingInASecondRun()
 {
     const TestDatabase database("profile.db");
     makeDatabaseAt(database, "profile", 0);
-    QVERIFY(upgradeProfile(database));
+    QVERIFY(upgrade(database));
     const QStringList before = database.content();
     const MessageRecorder recorder;
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(upgraded);
     QCOMPARE(database.content(), before);
@@ -133,7 +134,7 @@ void TestProfile::lowersAVersionAboveTheNewestStep()
     const QStringList before = database.content();
     database.execute({"update version set version = version + 1"});
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(upgraded);
     QCOMPARE(database.content(), before);
@@ -171,7 +172,7 @@ void TestProfile::keepsTheFileAfterAFailureOfAnyStep()
     const QStringList before = database.content();
     const MessageRecorder recorder;
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);

@@ -5,6 +5,7 @@
 #include "messagerecorder.h"
 #include "profiledatabase.h"
 #include "profileupgrade.h"
+#include "upgrade.h"
 
 #include <QtTest>
 
@@ -870,7 +871,7 @@ void TestProfileV10Curves::failsAndKeepsTheFile()
     const QStringList before = database.content();
     const MessageRecorder recorder;
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);

@@ -4,6 +4,7 @@
 #include "messagerecorder.h"
 #include "profiledatabase.h"
 #include "profileupgrade.h"
+#include "upgrade.h"
 
 #include <QtTest>
 
@@ -293,7 +294,7 @@ void TestProfileV10Failures::failsAndKeepsTheFile()
     const QStringList before = database.content();
     const MessageRecorder recorder;
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);

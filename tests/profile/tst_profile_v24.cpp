@@ -4,6 +4,7 @@
 #include "expectedsteps.h"
 #include "messagerecorder.h"
 #include "profilesteps.h"
+#include "upgrade.h"
 
 #include <QtTest>
 
@@ -363,7 +364,7 @@ void TestProfileV24::failsWhenTheRenamingCannotBePrepared()
     const QStringList before = database.content();
     const MessageRecorder recorder;
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);

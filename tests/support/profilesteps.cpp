@@ -3,6 +3,7 @@
 
 #include "expectedsteps.h"
 #include "messagerecorder.h"
+#include "upgrade.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -211,7 +212,7 @@ void verifyStepFails(int step, int storedVersion, const QStringList &obstacles,
     const QStringList before = database.content();
     const MessageRecorder recorder;
 
-    const bool upgraded = upgradeProfile(database);
+    const bool upgraded = upgrade(database);
 
     QVERIFY(!upgraded);
     QCOMPARE(database.content(), before);

@@ -6,12 +6,6 @@
 
 using coagulation::UpdateProfile;
 
-bool upgradeProfile(const TestDatabase &database)
-{
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
-    return UpdateProfile().run();
-}
-
 bool runProfileStep(const TestDatabase &database, ProfileStep step)
 {
     coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};

@@ -8,13 +8,9 @@
 #include <QMap>
 #include <QTranslator>
 
-/// \param database whose file is named "profile.db"
-/// \return whether all steps passed
-bool upgradeProfile(const TestDatabase &database);
-
 using ProfileStep = bool (coagulation::UpdateProfile::*)();
 
-/// Runs one step alone, in a transaction of its own. The version in the file is what the step reads as
+/// Runs one step alone on a database whose file is named "profile.db", in a transaction of its own. The version in the file is what the step reads as
 /// the stored version; it is not changed.
 /// \return whether the step passed; if not, the file is as it was
 bool runProfileStep(const TestDatabase &database, ProfileStep step);

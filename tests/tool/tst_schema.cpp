@@ -3,25 +3,10 @@
 
 #include "expectedsteps.h"
 #include "messagerecorder.h"
-#include "profileupgrade.h"
 #include "testdatabase.h"
-
-#include "coagulation/vardo/updatedata.h"
-#include "coagulation/vardo/updateqc.h"
-#include "coagulation/vardo/updatesyslog.h"
+#include "upgrade.h"
 
 #include <QtTest>
-
-namespace {
-
-using Upgrade = std::function<bool()>;
-
-template <typename Updater> bool upgrade()
-{
-    return Updater().run();
-}
-
-} // namespace
 
 class TestSchema : public QObject {
     Q_OBJECT
@@ -40,29 +25,22 @@ private slots:
 void TestSchema::isTheUpgradedSample_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::addColumn<Upgrade>("upgrade");
 
-    QTest::newRow("profile") << "profile" << Upgrade(upgrade<coagulation::UpdateProfile>);
-    QTest::newRow("data") << "data" << Upgrade(upgrade<coagulation::UpdateData>);
-    QTest::newRow("qc") << "qc" << Upgrade(upgrade<coagulation::UpdateQc>);
-    QTest::newRow("syslog") << "syslog" << Upgrade(upgrade<coagulation::UpdateSyslog>);
+    for (const char *name : {"profile", "data", "qc", "syslog"})
+        QTest::newRow(name) << name;
 }
 
 void TestSchema::isTheUpgradedSample()
 {
     QFETCH(QString, name);
-    QFETCH(Upgrade, upgrade);
-    const TestDatabase reference;
-    reference.load("../docs/schema/" + name + ".sql");
     const TestDatabase database(name + ".db");
     database.load(name + "_v0.sql");
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
     const MessageRecorder recorder;
 
-    const bool upgraded = upgrade();
+    const bool upgraded = upgrade(database);
 
     QVERIFY(upgraded);
-    QCOMPARE(database.comparableSchema(), reference.comparableSchema());
+    QCOMPARE(database.comparableSchema(), referenceSchema(name));
 }
 
 void TestSchema::isTitledByTheNewestVersion_data()

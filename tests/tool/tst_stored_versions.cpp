@@ -6,6 +6,7 @@
 #include "olddatabases.h"
 #include "profilesteps.h"
 #include "toolrun.h"
+#include "upgrade.h"
 
 #include "coagulation/vardo/updatedata.h"
 #include "coagulation/vardo/updateprofile.h"
@@ -191,13 +192,6 @@ QStringList expectedLog(const TestDatabase &database, const QString &name, int s
 QStringList linesOfTheEngine(const QStringList &log)
 {
     return log.filter(QRegularExpression("^Debug: Updat|^Debug: update_v|^Debug: Failed"));
-}
-
-QStringList referenceSchema(const QString &name)
-{
-    const TestDatabase reference;
-    reference.load("../docs/schema/" + name + ".sql");
-    return reference.comparableSchema();
 }
 
 /// \return a query for the rows that refer to a row which does not exist

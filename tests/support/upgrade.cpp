@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "upgrade.h"
+
+#include "expectedsteps.h"
+#include "messagerecorder.h"
+#include "olddatabases.h"
+
+#include "coagulation/vardo/updatedata.h"
+#include "coagulation/vardo/updateprofile.h"
+#include "coagulation/vardo/updateqc.h"
+#include "coagulation/vardo/updatesyslog.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QtTest>
+
+namespace {
+
+/// Checks that statements failed, and that nothing else is warned of.
+/// \param sources pattern of the source files that run the statements
+/// \param failing how each of them begins, in their order
+void compareWarnings(const MessageRecorder &recorder, const QString &sources,
+                     const QStringList &failing)
+{
+    const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
+    QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
+    const QRegularExpression form(
+        QString(R"(^Warning: coagulation/vardo/%1\.cpp \( line \):  ".*\[ ")").arg(sources));
+    for (qsizetype i = 0; i < failing.size(); ++i) {
+        QVERIFY2(warnings.at(i).contains(form), qUtf8Printable(warnings.at(i)));
+        QVERIFY2(warnings.at(i).contains("[ \"" + failing.at(i)), qUtf8Printable(warnings.at(i)));
+    }
+}
+
+} // namespace
+
+bool upgrade(const TestDatabase &database)
+{
+    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
+    const QString name = QFileInfo(database.path()).completeBaseName();
+    if (name == "profile")
+        return coagulation::UpdateProfile().run();
+    if (name == "data")
+        return coagulation::UpdateData().run();
+    if (name == "qc")
+        return coagulation::UpdateQc().run();
+    if (name == "syslog")
+        return coagulation::UpdateSyslog().run();
+    qFatal("%s: nothing upgrades it", qUtf8Printable(database.path()));
+}
+
+QStringList referenceSchema(const QString &name)
+{
+    const TestDatabase reference;
+    reference.load("../docs/schema/" + name + ".sql");
+    return reference.comparableSchema();
+}
+
+void addVersionRows(const QString &name)
+{
+    QTest::addColumn<int>("stored");
+
+    for (int version = 0; version <= newestVersionOf(name); ++version)
+        QTest::addRow("%d", version) << version;
+}
+
+void verifyUpgrade(const QString &name, int stored, const ExpectedTables &tables)
+{
+    const TestDatabase database(name + ".db");
+    makeDatabaseAt(database, name, stored);
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(recorder.messages(),
+             QStringList{"Debug: Updating " + database.path()} + stepLog(name, stored)
+                 + QStringList{QString("Debug: Updated version to %1").arg(newestVersionOf(name))});
+    QCOMPARE(database.comparableSchema(), referenceSchema(name));
+    for (const auto &[table, rows] : tables)
+        QCOMPARE(database.table(table), rows);
+}
+
+void verifyUpgradeFails(const QString &name, int stored, const QStringList &obstacles,
+                        const QStringList &failing, int step)
+{
+    const TestDatabase database(name + ".db");
+    makeDatabaseAt(database, name, stored);
+    database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(!upgraded);
+    QCOMPARE(database.content(), before);
+    QCOMPARE(recorder.messages().filter("Debug: update_v"), stepLog(name, stored, step));
+    compareWarnings(recorder, QString("update(%1|base)").arg(name), failing);
+}
+
+void verifyUpgradeIgnores(const QString &name, int stored, const QStringList &obstacles,
+                          const QStringList &failing)
+{
+    const TestDatabase database(name + ".db");
+    makeDatabaseAt(database, name, stored);
+    database.execute(QStringList{"pragma legacy_alter_table=on"} + obstacles);
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
+    QCOMPARE(database.table("version"), QStringList{QString::number(newestVersionOf(name))});
+    compareWarnings(recorder, "update" + name, failing);
+}
