@@ -354,7 +354,7 @@ ToolRun runVardo(const QString &folder)
     RunningTool tool({VARDO, {"-p", folder + '/'}, log});
     if (!tool.endsWithin(timeLimit))
         tool.kill();
-    const ToolRun run = tool.result();
+    ToolRun run = tool.result();
     QFile::remove(log);
     return run;
 }

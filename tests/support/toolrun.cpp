@@ -62,7 +62,7 @@ ToolRun runTool(const ToolCommand &command)
 ToolRun runToolOn(const QString &program, const QString &folder)
 {
     const QString log = folder + "/upgrade.log";
-    const ToolRun run = runTool({program, {"-p", folder + '/'}, log});
+    ToolRun run = runTool({program, {"-p", folder + '/'}, log});
     QFile::remove(log);
     return run;
 }

@@ -118,10 +118,10 @@ void TestVardo::init()
 ToolRun TestVardo::run(const QStringList &arguments, const QString &program,
                        const QProcessEnvironment &environment)
 {
-    const ToolRun run = runTool({.program = program,
-                                 .arguments = arguments,
-                                 .folder = folder->path(),
-                                 .environment = environment});
+    ToolRun run = runTool({.program = program,
+                           .arguments = arguments,
+                           .folder = folder->path(),
+                           .environment = environment});
     if (!run.exited)
         qFatal("a crash: %s", run.errors.constData());
     return run;
