@@ -3,7 +3,7 @@
 
 #include "coagulation/zucore/curvefit.h"
 
-#include <QtTest>
+#include <QTest>
 
 #include <cmath>
 #include <limits>

@@ -5,7 +5,7 @@
 #include "coagulation/zucore/curvefit.h"
 #include "coagulation/zucore/standardcurve.h"
 
-#include <QtTest>
+#include <QTest>
 
 #include <Eigen/SVD>
 

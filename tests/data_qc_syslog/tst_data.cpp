@@ -7,7 +7,7 @@
 #include "testdatabase.h"
 #include "upgrade.h"
 
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "coagulation/vardo/updatesyslog.h"
 
-#include <QtTest>
+#include <QTest>
 
 using coagulation::UpdateSyslog;
 

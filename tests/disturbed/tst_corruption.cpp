@@ -17,7 +17,7 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <QtConcurrent>
-#include <QtTest>
+#include <QTest>
 
 #include <sqlite3.h>
 

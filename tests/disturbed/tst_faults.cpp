@@ -5,7 +5,7 @@
 #include "disturbedupgrade.h"
 #include "faultyfiles.h"
 
-#include <QtTest>
+#include <QTest>
 
 #include <sys/resource.h>
 

@@ -5,7 +5,7 @@
 #include "olddatabases.h"
 #include "upgrade.h"
 
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

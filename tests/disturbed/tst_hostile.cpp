@@ -7,7 +7,7 @@
 #include <QFile>
 #include <QMap>
 #include <QRegularExpression>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include <QFileInfo>
 #include <QRandomGenerator>
-#include <QtTest>
+#include <QTest>
 
 #include <cstring>
 #include <vector>

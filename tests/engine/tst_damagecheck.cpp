@@ -6,7 +6,7 @@
 #include "testdatabase.h"
 
 #include <QFile>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QtTest>
+#include <QTest>
 
 #include <sqlite3.h>
 

@@ -8,7 +8,7 @@
 #include <QSqlDatabase>
 #include <QSqlField>
 #include <QSqlQuery>
-#include <QtTest>
+#include <QTest>
 
 #include <utility>
 

@@ -15,7 +15,7 @@
 #include "coagulation/vardo/updatesyslog.h"
 
 #include <QRegularExpression>
-#include <QtTest>
+#include <QTest>
 
 #include <functional>
 

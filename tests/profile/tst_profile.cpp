@@ -7,7 +7,7 @@
 #include "profilesteps.h"
 #include "upgrade.h"
 
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "profileupgrade.h"
 
 #include <QDate>
-#include <QtTest>
+#include <QTest>
 
 using coagulation::UpdateProfile;
 

@@ -6,7 +6,7 @@
 #include "profiledatabase.h"
 #include "profileupgrade.h"
 
-#include <QtTest>
+#include <QTest>
 
 using coagulation::UpdateProfile;
 

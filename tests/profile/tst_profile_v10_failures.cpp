@@ -6,7 +6,7 @@
 #include "profileupgrade.h"
 #include "upgrade.h"
 
-#include <QtTest>
+#include <QTest>
 
 using coagulation::UpdateProfile;
 

@@ -4,7 +4,7 @@
 #include "messagerecorder.h"
 #include "profilesteps.h"
 
-#include <QtTest>
+#include <QTest>
 
 using coagulation::UpdateProfile;
 

@@ -6,7 +6,7 @@
 #include "profilesteps.h"
 #include "upgrade.h"
 
-#include <QtTest>
+#include <QTest>
 
 using coagulation::UpdateProfile;
 

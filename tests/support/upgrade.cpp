@@ -12,7 +12,7 @@
 
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

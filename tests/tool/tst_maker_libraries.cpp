@@ -7,7 +7,7 @@
 
 #include <QDirIterator>
 #include <QProcess>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 
@@ -77,7 +77,7 @@ QStringList upgradeSample(const TestDatabase &database)
         "update curvePoint set y = 0.5, z = 8, flags = 16 where id = 31",
         "update curve set valid = 1 where name = 'II'",
     });
-    const ToolRun run = runTool(tool + "/bin/" TOOL, database);
+    const ToolRun run = runToolOn(tool + "/bin/" TOOL, database.folderPath());
     if (run.exitCode != 0)
         qFatal("%s", qUtf8Printable(run.log.join('\n')));
     return run.log;

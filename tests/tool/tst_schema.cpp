@@ -6,7 +6,7 @@
 #include "testdatabase.h"
 #include "upgrade.h"
 
-#include <QtTest>
+#include <QTest>
 
 class TestSchema : public QObject {
     Q_OBJECT

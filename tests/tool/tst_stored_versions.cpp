@@ -15,7 +15,7 @@
 
 #include <QMetaMethod>
 #include <QSqlDatabase>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

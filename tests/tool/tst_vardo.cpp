@@ -11,7 +11,7 @@
 #include <QLibraryInfo>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 #include <memory>
 
