@@ -16,8 +16,8 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
-#include <QtConcurrent>
 #include <QTest>
+#include <QtConcurrent>
 
 #include <sqlite3.h>
 

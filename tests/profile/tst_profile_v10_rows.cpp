@@ -132,8 +132,8 @@ void TestProfileV10Rows::tellsChangedReagentIds()
     const bool passed = runStep(database);
 
     QVERIFY(passed);
-    const QString line = R"(Debug: coagulation/vardo/updateprofile_v10_layouts.cpp ( line ):  UPDATE reagent)"
-                         R"( SET reagentId = "%1" WHERE id = %2)";
+    const QString line = "Debug: coagulation/vardo/updateprofile_v10_layouts.cpp ( line ): "
+                         R"( UPDATE reagent SET reagentId = "%1" WHERE id = %2)";
     QCOMPARE(recorder.messages().filter("UPDATE reagent"),
              QStringList({line.arg("B(2)", "3"), line.arg("A(2)", "10")}));
 }

@@ -10,8 +10,8 @@
 
 using ProfileStep = bool (coagulation::UpdateProfile::*)();
 
-/// Runs one step alone on a database whose file is named "profile.db", in a transaction of its own. The version in the file is what the step reads as
-/// the stored version; it is not changed.
+/// Runs one step alone on a database whose file is named "profile.db", in a transaction of its own. The
+/// step reads the version in the file as the stored version; it is not changed.
 /// \return whether the step passed; if not, the file is as it was
 bool runProfileStep(const TestDatabase &database, ProfileStep step);
 
