@@ -42,7 +42,7 @@ void checkFile(const QSqlDatabase &connection, DamageReport &report)
             return;
         }
         if (check.lastError().isValid()) {
-            report.failure.emplace(std::move(check), SOURCE_LINE);
+            report.failure = DamageReport::Failure{std::move(check), SOURCE_LINE};
             return;
         }
         report.hasOddValues = true;
@@ -61,7 +61,7 @@ void checkSchema(const QSqlDatabase &connection, DamageReport &report)
                       " or (type = 'index' and not exists (select 1 from sqlite_master"
                       " where type = 'table' and name = entry.tbl_name))"
                       " or (name not glob '*[\"''`]*' and instr(sql, name) = 0)"))
-        report.failure.emplace(std::move(entries), SOURCE_LINE);
+        report.failure = DamageReport::Failure{std::move(entries), SOURCE_LINE};
     else if (entries.next())
         report.damage = "misspelt entry of the schema: " + entries.value(0).toString();
 }

@@ -19,7 +19,7 @@
 namespace {
 
 const QStringList names{"profile", "data", "qc", "syslog"};
-constexpr int patience = 60000; // ms, far above what any of the programs takes
+constexpr int timeout = 60000; // ms, far above what any of the programs takes
 
 /// Where a run gives up waiting for a lock.
 constexpr int busyTimeout = 5000;
@@ -43,7 +43,7 @@ public:
     {
         QByteArray output;
         while (!output.trimmed().endsWith("ready")) {
-            if (!shell.waitForReadyRead(patience))
+            if (!shell.waitForReadyRead(timeout))
                 qFatal("sqlite3: %s", qUtf8Printable(shell.errorString()));
             output += shell.readAllStandardOutput();
         }
@@ -59,7 +59,7 @@ public:
     void close()
     {
         shell.closeWriteChannel();
-        shell.waitForFinished(patience);
+        shell.waitForFinished(timeout);
     }
 
 private:

@@ -8,11 +8,7 @@
 #include "goldenlines.h"
 #include "messagerecorder.h"
 #include "olddatabases.h"
-
-#include "coagulation/vardo/updatedata.h"
-#include "coagulation/vardo/updateprofile.h"
-#include "coagulation/vardo/updateqc.h"
-#include "coagulation/vardo/updatesyslog.h"
+#include "upgrade.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -27,17 +23,6 @@ const QStringList databases{"profile", "data", "qc", "syslog"};
 QString stepOf(const QString &subject)
 {
     return subject.section(' ', 0, 0) + ' ' + subject.section(' ', 2, 2);
-}
-
-bool upgrade(const QString &name)
-{
-    if (name == "profile")
-        return coagulation::UpdateProfile().run();
-    if (name == "data")
-        return coagulation::UpdateData().run();
-    if (name == "qc")
-        return coagulation::UpdateQc().run();
-    return coagulation::UpdateSyslog().run();
 }
 
 /// Looks at the database after each step of the upgrades in its lifetime. The engine itself says when:
@@ -75,11 +60,10 @@ private:
 QList<GoldenLine> linesOfUpgrade(const TestDatabase &database, const QString &name,
                                  const QString &start)
 {
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
     QList<GoldenLine> lines;
     const StepWatch watch(
         [&](int step) { lines += goldenLinesOf(name, QString("%1 %2").arg(start).arg(step)); });
-    return upgrade(name) ? lines : QList<GoldenLine>();
+    return upgrade(database) ? lines : QList<GoldenLine>();
 }
 
 /// \return what differs, with the subject of each difference

@@ -35,7 +35,8 @@ MessageRecorder::~MessageRecorder()
 QStringList MessageRecorder::messages() const
 {
     static const QRegularExpression lineNumber(R"(\( \d+ \))");
-    return numberedMessages().replaceInStrings(lineNumber, "( line )");
+    QStringList messages = numberedMessages();
+    return messages.replaceInStrings(lineNumber, "( line )");
 }
 
 QStringList MessageRecorder::numberedMessages() const

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int patience = 120'000; // ms, for large databases under the sanitizers
+constexpr int timeout = 120'000; // ms, for large databases under the sanitizers
 
 [[noreturn]] void fail(const QProcess &process)
 {
@@ -29,7 +29,7 @@ RunningTool::RunningTool(const ToolCommand &command)
     process.start(command.program,
                   command.log.isEmpty() ? command.arguments
                                         : command.arguments + QStringList{command.log});
-    if (!process.waitForStarted(patience))
+    if (!process.waitForStarted(timeout))
         fail(process);
     timer.start();
 }
@@ -42,12 +42,12 @@ bool RunningTool::endsWithin(int msecs)
 void RunningTool::kill()
 {
     process.kill();
-    process.waitForFinished(patience);
+    process.waitForFinished(timeout);
 }
 
 ToolRun RunningTool::result()
 {
-    if (!endsWithin(patience))
+    if (!endsWithin(timeout))
         fail(process);
     const bool exited = process.exitStatus() == QProcess::NormalExit;
     return {exited, exited ? process.exitCode() : -1, process.readAllStandardOutput(),

@@ -22,7 +22,8 @@ namespace {
 void compareWarnings(const MessageRecorder &recorder, const QString &sources,
                      const QStringList &failing)
 {
-    const QStringList warnings = recorder.messages().filter(QRegularExpression("^Warning: "));
+    static const QRegularExpression warning("^Warning: ");
+    const QStringList warnings = recorder.messages().filter(warning);
     QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
     const QRegularExpression form(
         QString(R"(^Warning: coagulation/vardo/%1\.cpp \( line \):  ".*\[ ")").arg(sources));

@@ -42,6 +42,7 @@ void TestInstallation::holdsTheToolAndItsDocuments()
         "bin/" TOOL,
         "share/doc/vardo/CHANGELOG.md",
         "share/doc/vardo/copyright",
+        "share/doc/vardo/limits.md",
         "share/doc/vardo/operating.md",
         COMPRESSED ? "share/man/man1/vardo.1.gz" : "share/man/man1/vardo.1",
     };

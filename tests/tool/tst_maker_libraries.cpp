@@ -19,11 +19,11 @@ const QString tool = root + "/tool";           // where the tool is installed
 /// \return whether CMake succeeded; what it says is in the test's output
 bool cmake(const QStringList &arguments)
 {
-    constexpr int patience = 600'000; // ms, on a machine that does other things as well
+    constexpr int timeout = 600'000; // ms, on a machine that does other things as well
     QProcess process;
     process.setProcessChannelMode(QProcess::ForwardedChannels);
     process.start(CMAKE, arguments);
-    return process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit
+    return process.waitForFinished(timeout) && process.exitStatus() == QProcess::NormalExit
         && process.exitCode() == 0;
 }
 
