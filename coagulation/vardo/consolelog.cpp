@@ -88,7 +88,7 @@ void openLog(const QString &fileName)
     logFile = openForAppending(fileName);
     if (logFile == nullptr)
         return;
-    // large enough to write most logs at once, so that two runs do not tear each other's lines
+    // large enough for most logs: a log written at once does not tear the lines of another run
     static std::array<char, 0x10000> buffer;
     std::setvbuf(logFile, buffer.data(), _IOFBF, buffer.size());
     qInstallMessageHandler(writeToLog);

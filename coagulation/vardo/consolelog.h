@@ -4,7 +4,7 @@
 #include <QString>
 
 /// The tool's log. Every report is an ordinary Qt message. Qt writes it to standard error, or the handler
-/// in here writes it to the file that the user names, one line a message.
+/// in here writes it to the file that the user names, one line for each message.
 namespace coagulation {
 
 /// Makes the log independent of the machine's variables and logging rules: they could switch the tool's
@@ -13,9 +13,9 @@ namespace coagulation {
 void shieldLogFromEnvironment();
 
 /// Opens the log file for appending and sends every message to it. If the file cannot be opened,
-/// nothing is reported and messages keep going to standard error.
+/// this is not reported, and messages keep going to standard error.
 /// Lines are flushed when the log is closed, at process exit, and before a fatal message aborts.
-/// \param fileName path of the log file; an empty one is no log file
+/// \param fileName path of the log file; empty if there is none
 void openLog(const QString &fileName);
 
 /// Gives messages back to Qt and closes the log file, if one is open.

@@ -30,7 +30,7 @@ QString findingNotAboutAValue(QSqlQuery &check)
 
 void checkFile(const QSqlDatabase &connection, DamageReport &report)
 {
-    // The first finding is nearly always enough; if it is about a value, one of the others may not be.
+    // The first finding is nearly always enough. If it is about a value, a later one may be damage.
     for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
         QSqlQuery check(connection);
         check.setForwardOnly(true);
@@ -51,8 +51,8 @@ void checkFile(const QSqlDatabase &connection, DamageReport &report)
 
 void checkSchema(const QSqlDatabase &connection, DamageReport &report)
 {
-    // SQLite reads these names in any case, but finds what a statement changes by the exact ones: the
-    // change would be left out without a failure.
+    // SQLite reads these names in any case, but a change of the layout looks for the exact name: it
+    // would be left out without a failure.
     QSqlQuery entries(connection);
     entries.setForwardOnly(true);
     if (!entries.exec("select type || ' ' || name from sqlite_master as entry"

@@ -13,7 +13,7 @@ namespace coagulation {
 
 /// The result of a damage check.
 struct DamageReport {
-    /// A query of the check that failed, with the place in the source that it stands in.
+    /// A query of the check that failed, with its place in the source.
     struct Failure {
         QSqlQuery query;
         const char *sourceFile;
@@ -27,11 +27,11 @@ struct DamageReport {
 };
 
 /// Looks for damage in the main database of a connection, by SQLite's own check and by the names in
-/// its schema. Values that break a constraint or are not of their columns' types are no damage.
+/// its schema. Values that break a constraint or are not of their columns' types are not damage.
 /// Nothing is logged or written.
 DamageReport checkForDamage(const QSqlDatabase &connection);
 
-/// \return true when SQLite says by the failure that the file is damaged
+/// \return true when the error means that the file is damaged
 bool isDamage(const QSqlError &error);
 
 } // namespace coagulation

@@ -254,8 +254,8 @@ bool UpdateBase::beginTransaction()
         QSqlQuery begin;
         if (!begin.exec("begin immediate"))
             error = begin.lastError();
-        // While another program reads, changed pages stay in memory. To wait each time that SQLite
-        // tries to write some of them would take forever; only the commit waits.
+        // While another program reads, changed pages stay in memory. SQLite often tries to write some
+        // of them, and a wait each time would take forever. Only the commit waits.
         waitForLocks(0);
     }
     if (error.isValid()) {
@@ -326,7 +326,7 @@ bool UpdateBase::passesDamageCheck()
         reportDamage(report.damage);
         return false;
     }
-    // A failure may be about an unknown collation or function, say, which the steps do not need.
+    // The check may fail for want of a collation or function that the steps do not need.
     if (report.failure)
         logFailedCheck(report.failure->query, report.failure->sourceFile, report.failure->line);
     return verifyTransaction();
@@ -468,13 +468,13 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
             values << "?";
             bound << row.value(i);
         } else {
-            // qualified, since SQLite takes a quoted name that is no column for a text
+            // qualified: a quoted name alone is a text for SQLite if there is no such column
             values << from + '.' + columns.constLast();
         }
     }
 
-    // Inside SQLite, since values change on the way through the driver. "not indexed", since an index
-    // would change the order.
+    // Inside SQLite, since the driver changes some values. "not indexed", since an index would change
+    // the order.
     QSqlQuery insert;
     bool inserted = insert.prepare(QString("insert into %1 (%2) select %3 from %4 not indexed")
                                        .arg(to, columns.join(", "), values.join(", "), from));

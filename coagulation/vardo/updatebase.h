@@ -32,18 +32,18 @@ FileNameAffixes &fileNameAffixes();
 /// \return the file name, relative to the working directory unless the prefix is an absolute path
 QString databaseFileName(const QString &pattern);
 
-/// One SQL statement of a step, with the place in the source that its failure is logged with.
+/// One SQL statement of a step, with its place in the source, which the log of a failure names.
 struct Statement {
     QString sql;
     const char *sourceFile;
     int line;
 };
 
-/// A statement that knows its own source line. It is a macro, since a defaulted argument would hold
-/// the line of the list that the statement stands in.
+/// A statement with its own source line. It is a macro, since a default argument would hold the line
+/// of the whole list of statements.
 #define SQL(sql) (::coagulation::Statement{sql, SOURCE_LINE})
 
-/// \return a debug message that begins with the place it comes from; for SOURCE_LINE
+/// \return a debug message that begins with its place in the source, given by SOURCE_LINE
 QDebug debugFrom(const char *sourceFile, int line);
 
 /// The engine: brings one SQLite database file up to the newest step of a derived class.
@@ -55,13 +55,13 @@ QDebug debugFrom(const char *sourceFile, int line);
 /// There are two kinds of failed statements. If the failure comes from what is in the database (a table
 /// is missing, a constraint is broken), it is logged, and the step decides whether it matters. If it
 /// comes from the environment (no space, a lock, a damaged page, no memory), or if SQLite has given up
-/// the transaction, the run is abandoned even where the step ignores failures: to go on would leave out
-/// for good what an undisturbed run does.
+/// the transaction, the run is abandoned even where the step ignores failures. Otherwise the run would
+/// skip for good what an undisturbed run does.
 class UpdateBase : public QObject {
     Q_OBJECT
 
 public:
-    /// Releases the connection of the updater before, opens the database file under the default
+    /// Releases the connection of the previous updater, opens the database file under the default
     /// connection and reads the stored version. If the file is missing, this warns and run() succeeds;
     /// if it cannot be opened, this warns and run() fails.
     explicit UpdateBase(const QString &path, QObject *parent = nullptr);
@@ -92,13 +92,13 @@ protected:
     /// Logs the failure of a query that the caller ran, and abandons the run if it must.
     void logSqlError(const QSqlQuery &query, const char *sourceFile, int line);
 
-    /// The same for a query whose failure is reported only if it comes from the environment.
+    /// The same, but a failure that comes from what is in the database is not logged.
     void logUnlessContentError(const QSqlQuery &query, const char *sourceFile, int line);
 
     /// Goes through the remaining rows of a query that the caller executed, and finishes it. Use nothing
     /// else to read several rows: QSqlQuery::next() takes an unreadable row for the end of the table.
     /// Set the query to forward-only, or it keeps all rows in memory.
-    /// \param row called once a row, with the query on it; false ends the reading
+    /// \param row called for each row, with the query on it; false ends the reading
     /// \return false when `row` returned false or a row could not be read, which is logged
     [[nodiscard]] bool readRows(QSqlQuery &query, const char *sourceFile, int line,
                                 const std::function<bool()> &row);
@@ -135,13 +135,13 @@ protected:
     int version = 0;
 
 private:
-    /// Of the run; None before and after it.
+    /// State of the run's transaction; None before and after the run.
     enum class Transaction { None, Open, Abandoned };
 
     [[nodiscard]] bool beginTransaction();
     void readVersion();
     /// Logs the damage if there is any.
-    /// \return false when the file has to be left as it is
+    /// \return false when the file has to stay as it is
     [[nodiscard]] bool passesDamageCheck();
     void reportDamage(QString finding) const;
     /// Logs the failure of a query before the first step. If SQLite says that the file is damaged, this
@@ -151,9 +151,9 @@ private:
     bool endsRun(const QSqlError &error) const;
     void abandon();
     /// Asks SQLite whether the transaction is still there. If it is not, this warns and abandons the run.
-    /// Every operation asks first, or it could write outside of the transaction: SQLite may end that
-    /// although no statement fails. If a value finds no memory on its way to the driver, for example,
-    /// SQLite says so only when the query is finished, and the driver does not report it.
+    /// Every operation asks first, or it could write outside of the transaction: SQLite may end it
+    /// although no statement fails. For example, if there is no memory to pass a value to the driver,
+    /// SQLite reports this only when the query is finished, and the driver does not pass it on.
     /// \return false when the run was abandoned, now or before
     [[nodiscard]] bool verifyTransaction();
     [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,

@@ -85,8 +85,8 @@ end)"),
 
 void UpdateData::splitResultsIntoVersions()
 {
-    // Best effort: a site's software may never have made some of the old tables, and what it lacks
-    // must not keep it from the new layout.
+    // Best effort: an old database may lack some of these tables, and must get the new layout all the
+    // same.
     tryAll({
         SQL(R"(create table results(
     id integer primary key,

@@ -20,7 +20,7 @@ public slots:
     bool update_v12(); ///< table sampleAssayRequest
 
 private:
-    // the blocks of update_v8, one for each version that it leaves behind
+    // the parts of update_v8, one for each version up to 8
     [[nodiscard]] bool rebuildLookupLists();
     [[nodiscard]] bool replaceDeleteTrigger();
     void splitResultsIntoVersions();

@@ -40,7 +40,7 @@ bool UpdateProfile::update_v10()
     return true;
 }
 
-// What runs below a version only is what the step to that version used to be.
+// A part that runs only below a version was once the step to that version.
 
 bool UpdateProfile::changeLayouts()
 {
@@ -76,9 +76,9 @@ bool UpdateProfile::convertValues()
 
 bool UpdateProfile::completeAssays()
 {
-    // In this step's own context, that of its labels; steps 13, 17 and 18 ask in the engine's. The
-    // analyser's translations may hold "zh" in one of the two only, so that to unify them would change
-    // what the delivered steps write.
+    // Asked in this class's translation context, like the labels. Steps 13, 17 and 18 ask in that of
+    // UpdateBase. The analyser's translations may hold "zh" in only one of the two, so one context for
+    // all would change what the delivered steps write.
     const bool chinese = isChinese(tr("zh"));
     if (chinese && !writeChineseCodes())
         return false;
@@ -400,7 +400,7 @@ bool UpdateProfile::update_v26()
         SQL("INSERT INTO variable VALUES(null, 42, 'normal', null)"),
         SQL("INSERT INTO variable VALUES(null, 43, 'normal', null)"),
 
-        // "DPT1.R/R": step 27 corrects this row by its id; a database at version 26 holds it
+        // "DPT1.R/R": databases at version 26 hold this; step 27 corrects it
         SQL("INSERT INTO assayItem VALUES(270, 42, 'T', 0, 's', null, 1, 1, 'dPT1-S', 'dPT1 Screening', 0, 0, 0, 0, 0, 0, 0, 0, 0, 1e9, 1)"),
         SQL("INSERT INTO assayItem VALUES(271, 42, 'OD', 3, 'OD', null, -1, 2, 'dPT1-OD', 'Absorbency', 0, 0, 0, 0, 0, 0, 0, 0, -5, 10, 0)"),
         SQL("INSERT INTO assayItem VALUES(272, 42, 'P', 1, '%', null, 2, 3, 'dPT1-%', 'dPT1', 0, 0, 0, 0, 0, 0, 0, 0, 0, 1e9, 0)"),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// Conversions of version 10: values of the laboratory's own that move or change their form.
+/// Conversions of version 10: the laboratory's own values that move or change their form.
 
 #include "coagulation/vardo/updateprofile.h"
 
@@ -45,7 +45,7 @@ void UpdateProfile::correctItemsAndThresholds()
         SOURCE_LINE);
 }
 
-/// The variables' values used to stand with the curves only.
+/// Copies the variables' values from the curves, which used to be their only place.
 bool UpdateProfile::fillVariables()
 {
     QSqlQuery count;
@@ -135,8 +135,8 @@ bool UpdateProfile::moveLimitsToItems()
 
 bool UpdateProfile::renameReagents()
 {
-    // "name?" also finds keys such as "program/PT/nam/name1". A delivered step never changes what it
-    // writes, so they still follow the reagent's new name.
+    // "name?" also finds keys such as "program/PT/nam/name1", whose values then get the reagent's new
+    // name. It stays so, since a delivered step never changes what it writes.
     static const QRegularExpression reagentKey(R"(program/\w+/(name?|diluent))");
 
     QSqlQuery settings;

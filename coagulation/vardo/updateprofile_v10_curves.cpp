@@ -35,7 +35,7 @@ AssayTemplate::Calibration readCalibration(const QSqlQuery &row)
 
 /// \param row of a curve; its columns 8 to 12 hold the coefficients a to e
 /// \param count how many the curve's method has
-/// \return as many coefficients, five at most; all five for a method that has fewer than two
+/// \return as many coefficients, five at most; all five if the count is below two
 QList<double> storedCoefficients(const QSqlQuery &row, int count)
 {
     QList<double> coefficients(count < 2 ? 5 : std::min(count, 5));
@@ -85,7 +85,7 @@ bool UpdateProfile::refitStandardCurves()
     }
     if (!queries.updatePoint.prepare(
             "update curvePoint set z = :z, flags = :flags where rowid = :rowid")) {
-        // The statement of the query before: support knows this failure by it.
+        // Logs the statement of the previous query: support knows this failure by that text.
         logSqlError(queries.updateCurve, SOURCE_LINE);
         return false;
     }
@@ -128,7 +128,7 @@ bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queri
     QVariantList rowids;
     QList<StdPoint> points;
     if (!readRows(queries.points, SOURCE_LINE, [&] {
-            // by position: the rowid comes under the name of an integer primary key
+            // by position: the rowid has the name of the integer primary key, if there is one
             rowids << queries.points.value(0);
             points << StdPoint{queries.points.value(1).toDouble(),
                                queries.points.value(2).toDouble(),

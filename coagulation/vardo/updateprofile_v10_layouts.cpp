@@ -180,7 +180,7 @@ bool UpdateProfile::renumberReagents(const QMap<qint64, QString> &duplicates, QS
         logSqlError(update, SOURCE_LINE);
         return false;
     }
-    QHash<QString, int> nextNumbers; // of an identifier; all before are taken
+    QHash<QString, int> nextNumbers; // by identifier; all lower numbers are taken
     for (auto duplicate = duplicates.begin(); duplicate != duplicates.end(); ++duplicate) {
         int number = nextNumbers.value(duplicate.value(), 2);
         QString reagentId;

@@ -345,8 +345,8 @@ void UpdateProfile::addAntiXa()
         SQL("insert or ignore into profile values('XA/twopoints/p2/start', 175)"),
         SQL("insert or ignore into profile values('XA/max_clot_time', 185)"),
 
-        // Fails from stored version 8 on, when the table has a column more. A delivered step never changes
-        // what it writes, so the row still has a value too few.
+        // Fails from stored version 8 on, when the table has one more column. It stays so, since a delivered
+        // step never changes what it writes.
         SQL("insert or ignore into assaytemplate values(22, 'XA', null, 220, 'T', 'P', 'Log', 'Log')"),
 
         SQL("insert or ignore into assayCalibration values(null, 22, 'Anti-Xa(UFH)',         0, null, 'OD', 'UFH',  'Log', 'Linear', 'Log', 'Log')"),

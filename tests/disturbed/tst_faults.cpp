@@ -17,7 +17,7 @@ bool walksAll()
     return qEnvironmentVariableIntValue("VARDO_ALL_FAULTS") != 0;
 }
 
-/// \return every how manieth call on the files is to fail
+/// \return n, where every n-th call on the files is to fail
 int strideOf(Writing writing)
 {
     if (walksAll())

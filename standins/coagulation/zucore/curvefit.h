@@ -8,7 +8,7 @@
 /// Least-squares fits of standard curves: numbers only.
 ///
 /// All fits minimise the sum of the squared residuals y - f(x), each point with the same weight. They
-/// never throw, and a result that is not marked converged holds no usable numbers.
+/// never throw. Use no numbers of a result that is not marked converged.
 namespace coagulation::curvefit {
 
 struct Fit {
@@ -75,7 +75,7 @@ Fit fitLogistic4(std::span<const double> x, std::span<const double> y,
 Fit fitLogistic5(std::span<const double> x, std::span<const double> y,
                  const FixedPlateaus &fixed = {});
 
-/// Tells outliers by their externally studentised residuals, tested two-sidedly at 5 % with
+/// Finds outliers by their externally studentised residuals, tested two-sidedly at 5 % with
 /// Bonferroni's correction for the number of points n; p coefficients leave n - p - 1 degrees of
 /// freedom of Student's t. With fewer than 2, and where a residual is below 1e-9 of the range of y,
 /// nothing is an outlier.

@@ -55,8 +55,8 @@ public:
     /// \return the point, 0 being the first; a point of zeros when there is none
     StdPoint point(int index) const { return m_points.value(index); }
 
-    /// \return how many coefficients the method has; 5 for a method that is not known, so that as many
-    ///         as are stored are kept
+    /// \return how many coefficients the method has; 5 for an unknown method, so that all stored ones
+    ///         are kept
     int coefficientCount() const;
 
     void setCoefficient(const QList<double> &coefficients) { m_coefficients = coefficients; }
@@ -68,12 +68,12 @@ public:
     void setValid(bool valid);
 
     /// Fits the curve to its points. It is valid when the method and both functions are known, when
-    /// the points determine it and when it is strictly monotonic over them; then coefficients,
+    /// the points determine it and when it is strictly monotonic over them. Then coefficients,
     /// correlation and each point's z and flags are the fit's. Otherwise all of them stay as they were
     /// set, and only isValid() changes.
     ///
-    /// A point at which a function is undefined (0 or less under a logarithm, x below 0 for a
-    /// logistic curve, what is no finite number) is flagged as excluded and keeps its z.
+    /// A point is flagged as excluded and keeps its z if a function is undefined there: 0 or less under
+    /// a logarithm, x below 0 for a logistic curve, or a number that is not finite.
     void update();
 
 private:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Enumerations of the core library. Their numbers are stored in databases and may hold a value that
-/// is not listed here.
+/// Enumerations whose numbers are stored in databases. A database may hold a number that is not listed
+/// here.
 namespace zu {
 
 /// The function of an axis.
@@ -11,8 +11,8 @@ enum class Function : int {
     Log = 1, ///< logarithm to base 10
 };
 
-/// How a standard curve is fitted to its points. The y axis' function applies to y, the x axis' one
-/// to x, except in the logistic curves, whose own exponent is the logarithmic x axis.
+/// How a standard curve is fitted to its points. The functions of the axes apply to y and to x. Only
+/// the logistic curves take x as it is: their formula already works on its logarithm.
 enum class RegressionMethod : int {
     Linear = 0,    ///< k0 + k1 x
     Quadratic = 1, ///< k0 + k1 x + k2 x²
