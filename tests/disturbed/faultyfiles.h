@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// What a test tells the preload libraries faultyfiles and faultymemory, and what the first writes down.
+/// What a test orders of the preload libraries faultyfiles and faultymemory, and what the first records.
 ///
 /// faultyfiles counts the calls by which a process changes or settles the files of one folder (write,
 /// truncate, sync and unlink) and lets one of them fail; faultymemory does the same to SQLite's requests

@@ -263,7 +263,7 @@ public:
 
     void startReading()
     {
-        // Tables that the old or the new layout does not have tell so.
+        // To read a table that the layout lacks prints an error, the same each time.
         static const QByteArray everything = [] {
             QByteArray statements =
                 "begin;\nselect type, name, sql from sqlite_master order by type, name;\n";

@@ -251,7 +251,7 @@ struct Files {
 
 /// How an old database is stored.
 struct Layout {
-    const char *settings; ///< which write the database anew
+    const char *settings; ///< which rewrite the database
     int pageSize;
     const char *leftoverSuffix; ///< of what a crashed program leaves; empty for none
 };
@@ -428,7 +428,7 @@ struct Outcome {
     QString failure; ///< of the tool; empty for none
 };
 
-/// \return the warning that tells why a database was refused
+/// \return the warning that says why a database was refused
 QString decidingWarning(const QStringList &log)
 {
     const QStringList warnings = log.filter(

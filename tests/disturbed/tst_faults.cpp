@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 /// Upgrades that the system under the tool disturbs: each call on the files fails once, in every way,
-/// and memory ends at every size. The database is the old one or the new one, and the exit code tells.
+/// and memory ends at every size. The database is the old one or the new one, and the exit code says which.
 
 #include "disturbedupgrade.h"
 #include "faultyfiles.h"

@@ -208,7 +208,7 @@ DisturbedUpgrade::Files Disk::afterPowerLoss(QRandomGenerator &random) const
     }
     DisturbedUpgrade::Files left;
     for (auto file = names.begin(); file != names.end(); ++file) {
-        if (!file.key().endsWith("-shm")) // which is memory, and made anew
+        if (!file.key().endsWith("-shm")) // which is memory, and made again
             left.insert(file.key(), leftOf(files.at(file.value()), random));
     }
     return left;

@@ -251,7 +251,7 @@ void TestDamageCheck::refusesAVersionThatDamageMadeTooHigh()
     QCOMPARE(database.bytes(), before);
 }
 
-/// A text in what is now a column of numbers is no damage, until it is written anew beside its index.
+/// A text in what is now a column of numbers is no damage, until it is rewritten and its index is not.
 void TestDamageCheck::checksAgainWhatAStepMadeOfOddValues()
 {
     const TestDatabase database;

@@ -33,7 +33,7 @@ const char *const description =
 
 using Row = sqlite3_stmt *;
 
-/// Runs a query on the connection that the engine uses. Not by QSqlQuery, whose values do not tell each
+/// Runs a query on the connection that the engine uses. Not by QSqlQuery, whose values do not show each
 /// storage class and every byte, and which would take most of the test's time.
 void forEachRow(const QString &sql, const std::function<void(Row)> &visit)
 {

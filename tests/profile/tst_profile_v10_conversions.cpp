@@ -1034,7 +1034,7 @@ void TestProfileV10Conversions::findsKeysByTheirPattern_data()
     add("other/DD/name1", false);
     add(" program/DD/name1", false);
 
-    // found by the query, which does not tell letter cases apart; the pattern does
+    // found by the query, which ignores case; the pattern does not
     add("PROGRAM/DD/name1", false);
     add("program/DD/NAME1", false);
     add("program/DD/Diluent", false);

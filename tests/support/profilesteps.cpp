@@ -47,7 +47,7 @@ QString normalized(const QString &statement)
     return statement.simplified().replace(blanks, "\\1");
 }
 
-/// \return the statement that a warning tells the failure of, or the warning when it is of another form
+/// \return the failed statement that a warning names, or the warning if it names none
 QString failedStatement(const QString &warning)
 {
     static const QRegularExpression form(

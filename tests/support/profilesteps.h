@@ -45,7 +45,7 @@ public:
     DatabaseContent &takeSchema(const DatabaseContent &other);
 
     /// Replaces the statement that made an object.
-    /// \param beginning of the statement that is replaced, enough to tell which it is
+    /// \param beginning of the statement that is replaced, enough to find it
     DatabaseContent &redefine(const QString &beginning, const QString &statement);
 
     QStringList &rows(const QString &table);
@@ -84,9 +84,9 @@ QString refuseInsert(const QString &table, const QString &condition = "1");
 /// \return a trigger that makes every update of a table's rows fail, or those that a condition meets
 QString refuseUpdate(const QString &table, const QString &condition = "1");
 
-/// Adds columns and rows for translations of the source text "zh", which tells steps the language:
+/// Adds columns and rows for translations of the source text "zh", by which steps know the language:
 /// "base" and "profile" are those of the contexts of UpdateBase and UpdateProfile, null for none;
-/// "chinese" tells what a step that asks in the context of UpdateBase should make of them.
+/// "chinese" is what a step that asks in the context of UpdateBase should make of them.
 void addLanguageRows();
 
 /// Translations as in the rows of addLanguageRows(), installed as long as it lives.

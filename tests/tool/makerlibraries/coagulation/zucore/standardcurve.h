@@ -13,7 +13,7 @@ namespace coagulation {
 
 class Workbench;
 
-/// A curve whose fit is no fit, but numbers that tell whose they are.
+/// A curve whose fit is no fit, but numbers that nobody else stores.
 class StandardCurve : public QObject {
 public:
     StandardCurve(Workbench *workbench, QObject *parent);
