@@ -20,10 +20,12 @@ struct DamageReport {
         int line;
     };
 
-    QString damage; ///< the first finding that is damage; empty when there is none
-    bool hasOddValues =
-        false; ///< some values break a constraint or are not of their columns' types
-    std::optional<Failure> failure{}; ///< the check could not be carried out
+    /// The first finding that is damage; empty when there is none.
+    QString damage;
+    /// Some values break a constraint or are not of their columns' types.
+    bool hasOddValues = false;
+    /// Set when the check could not be carried out.
+    std::optional<Failure> failure{};
 };
 
 /// Looks for damage in the main database of a connection, by SQLite's own check and by the names in
