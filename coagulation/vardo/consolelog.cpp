@@ -88,10 +88,17 @@ void openLog(const QString &fileName)
     logFile = openForAppending(fileName);
     if (logFile == nullptr)
         return;
-    // large enough for most logs: a log written at once does not tear the lines of another run
+    // large enough for what is logged between two flushes: lines that are written at once are not torn
+    // by those of another run
     static std::array<char, 0x10000> buffer;
     std::setvbuf(logFile, buffer.data(), _IOFBF, buffer.size());
     qInstallMessageHandler(writeToLog);
+}
+
+void flushLog()
+{
+    if (logFile != nullptr)
+        std::fflush(logFile);
 }
 
 void closeLog()

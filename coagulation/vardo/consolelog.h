@@ -14,9 +14,13 @@ void shieldLogFromEnvironment();
 
 /// Opens the log file for appending and sends every message to it. If the file cannot be opened,
 /// this is not reported, and messages keep going to standard error.
-/// Lines are flushed when the log is closed, at process exit, and before a fatal message aborts.
+/// Lines reach the file when they are flushed, when the log is closed, at process exit, and before a
+/// fatal message aborts.
 /// \param fileName path of the log file; empty if there is none
 void openLog(const QString &fileName);
+
+/// Hands the lines so far over to the system, so that they outlive a process that is killed.
+void flushLog();
 
 /// Gives messages back to Qt and closes the log file, if one is open.
 void closeLog();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/vardo/damagecheck.h"
 
+#include "coagulation/vardo/execute.h"
 #include "coagulation/vardo/sourceline.h"
 
 #include <QRegularExpression>
@@ -34,7 +35,7 @@ void checkFile(const QSqlDatabase &connection, DamageReport &report)
     for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
         QSqlQuery check(connection);
         check.setForwardOnly(true);
-        const QString finding = check.exec(sql) ? findingNotAboutAValue(check) : QString();
+        const QString finding = execute(check, sql) ? findingNotAboutAValue(check) : QString();
         if (finding == "ok")
             return;
         if (!finding.isEmpty()) {
@@ -55,12 +56,13 @@ void checkSchema(const QSqlDatabase &connection, DamageReport &report)
     // would be left out without a failure.
     QSqlQuery entries(connection);
     entries.setForwardOnly(true);
-    if (!entries.exec("select type || ' ' || name from sqlite_master as entry"
-                      " where type not in ('table', 'index', 'trigger', 'view')"
-                      " or (type in ('table', 'view') and tbl_name <> name)"
-                      " or (type = 'index' and not exists (select 1 from sqlite_master"
-                      " where type = 'table' and name = entry.tbl_name))"
-                      " or (name not glob '*[\"''`]*' and instr(sql, name) = 0)"))
+    if (!execute(entries,
+                 "select type || ' ' || name from sqlite_master as entry"
+                 " where type not in ('table', 'index', 'trigger', 'view')"
+                 " or (type in ('table', 'view') and tbl_name <> name)"
+                 " or (type = 'index' and not exists (select 1 from sqlite_master"
+                 " where type = 'table' and name = entry.tbl_name))"
+                 " or (name not glob '*[\"''`]*' and instr(sql, name) = 0)"))
         report.failure = DamageReport::Failure{std::move(entries), SOURCE_LINE};
     else if (entries.next())
         report.damage = "misspelt entry of the schema: " + entries.value(0).toString();

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/vardo/updatebase.h"
 
+#include "coagulation/vardo/connection.h"
+#include "coagulation/vardo/consolelog.h"
 #include "coagulation/vardo/damagecheck.h"
+#include "coagulation/vardo/execute.h"
 
 #include <QDebug>
 #include <QFileInfo>
@@ -15,38 +18,12 @@
 #include <QSqlQuery>
 
 #include <algorithm>
-#include <array>
 
 namespace coagulation {
 
 namespace {
 
 constexpr int lockTimeout = 5000; ///< ms, the driver's own default
-
-/// \return true for a failure that has nothing to do with what is in the database
-bool isEnvironmentError(const QSqlError &error)
-{
-    // primary result codes, https://www.sqlite.org/rescode.html
-    static constexpr std::array codes = {
-        2,  // internal
-        3,  // permission
-        4,  // aborted
-        5,  // busy
-        6,  // locked
-        7,  // no memory
-        8,  // read-only
-        9,  // interrupted
-        10, // I/O error
-        11, // corrupt
-        13, // full
-        14, // cannot open
-        15, // protocol
-        22, // no large files
-        26, // not a database
-    };
-    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits are details
-    return std::find(codes.begin(), codes.end(), code) != codes.end();
-}
 
 /// \return the methods update_v<N>() that the object's class itself declares, by N
 QMap<int, QMetaMethod> findSteps(const QMetaObject &metaObject)
@@ -62,60 +39,6 @@ QMap<int, QMetaMethod> findSteps(const QMetaObject &metaObject)
             steps.insert(number, method);
     }
     return steps;
-}
-
-QSqlDatabase connection()
-{
-    return QSqlDatabase::database(QSqlDatabase::defaultConnection, false);
-}
-
-/// \return an invalid error when the connection is open and ready for the steps
-QSqlError openConnection()
-{
-    QSqlDatabase database = connection();
-    if (!database.isValid()) // the driver's own text is "Driver not loaded", twice
-        return {
-            "on Debian install the package libqt6sql6-sqlite, on Windows put qsqlite.dll into the"
-            " folder sqldrivers beside vardo.exe",
-            "Qt's SQLite driver is missing or cannot be loaded:", QSqlError::ConnectionError};
-    if (!database.open())
-        return database.lastError();
-
-    // No wait for a lock: the version, which is read next, is read again in the transaction.
-    // Without legacy_alter_table, a trigger or view that names a missing table makes every rename of a
-    // table fail. foreign_keys is off by default, but builds of SQLite may differ.
-    for (const char *setting :
-         {"pragma busy_timeout=0", "pragma legacy_alter_table=on", "pragma foreign_keys=off"}) {
-        QSqlQuery query;
-        if (!query.exec(setting)) {
-            QSqlError error = query.lastError();
-            query.clear();
-            database.close();
-            return error;
-        }
-    }
-    return {};
-}
-
-/// \param milliseconds how long statements wait for another program to release its lock
-void waitForLocks(int milliseconds)
-{
-    QSqlQuery().exec(QString("pragma busy_timeout=%1").arg(milliseconds));
-}
-
-/// The state of the transaction, as a second "begin" shows it. SQLite ends a transaction by itself after
-/// some failures, and the second "begin" can be such a failure if there is no memory.
-enum class Probe { Open, Ended, Failed };
-
-Probe probeTransaction()
-{
-    if (!connection().isOpen())
-        return Probe::Ended;
-    QSqlQuery probe;
-    if (!probe.exec("begin"))
-        return isEnvironmentError(probe.lastError()) ? Probe::Failed : Probe::Open;
-    probe.exec("rollback");
-    return Probe::Ended;
 }
 
 QSqlRecord withoutColumns(QSqlRecord record, const QStringList &columns)
@@ -160,7 +83,7 @@ bool insertRow(QSqlQuery &insert, const QString &table, const QSqlRecord &row)
         if (row.isGenerated(i)) // the others are not in the statement
             insert.addBindValue(row.value(i));
     }
-    return insert.exec();
+    return execute(insert);
 }
 
 } // namespace
@@ -210,7 +133,7 @@ void UpdateBase::readVersion()
 {
     QSqlQuery query;
     query.setForwardOnly(true);
-    const bool read = query.exec("select version from version order by version desc");
+    const bool read = execute(query, "select version from version order by version desc");
     version = read && query.next() ? query.value(0).toInt() : 0;
     if (!read)
         logFailedCheck(query, SOURCE_LINE);
@@ -252,7 +175,7 @@ bool UpdateBase::beginTransaction()
         // Immediate, so that a lock of the analyser software is met here and not within a step.
         waitForLocks(lockTimeout);
         QSqlQuery begin;
-        if (!begin.exec("begin immediate"))
+        if (!execute(begin, "begin immediate"))
             error = begin.lastError();
         // While another program reads, changed pages stay in memory. SQLite often tries to write some
         // of them, and a wait each time would take forever. Only the commit waits.
@@ -286,8 +209,11 @@ bool UpdateBase::upgrade()
         return true;
     }
 
-    if (version != steps.lastKey() && !passesDamageCheck())
-        return false;
+    if (version != steps.lastKey()) {
+        flushLog(); // the check may take long
+        if (!passesDamageCheck(Moment::BeforeSteps))
+            return false;
+    }
 
     for (auto step = steps.begin(); step != steps.end(); ++step) {
         const QByteArray signature = step->methodSignature();
@@ -300,12 +226,13 @@ bool UpdateBase::upgrade()
             || !verifyTransaction())
             passed = false;
         qDebug("%-12s: %s", signature.constData(), passed ? "PASS" : "FAIL");
+        flushLog(); // so that the line is there if the process is killed in the next step
         if (!passed)
             return false;
     }
 
     // If a step changed a value that is not of its column's type, an index may still hold the old one.
-    if (hasOddValues && !passesDamageCheck())
+    if (hasOddValues && !passesDamageCheck(Moment::AfterSteps))
         return false;
 
     // also when every step was skipped: a version above the newest step is lowered to it
@@ -318,12 +245,12 @@ bool UpdateBase::upgrade()
     return true;
 }
 
-bool UpdateBase::passesDamageCheck()
+bool UpdateBase::passesDamageCheck(Moment moment)
 {
     const DamageReport report = checkForDamage(connection());
     hasOddValues = hasOddValues || report.hasOddValues;
     if (!report.damage.isEmpty()) {
-        reportDamage(report.damage);
+        reportDamage(report.damage, moment);
         return false;
     }
     // The check may fail for want of a collation or function that the steps do not need.
@@ -332,10 +259,14 @@ bool UpdateBase::passesDamageCheck()
     return verifyTransaction();
 }
 
-void UpdateBase::reportDamage(QString finding) const
+void UpdateBase::reportDamage(QString finding, Moment moment) const
 {
-    qWarning("Database %s is damaged: %s", qUtf8Printable(filePath),
-             qUtf8Printable(finding.replace('\n', ' ')));
+    finding.replace('\n', ' ');
+    if (moment == Moment::BeforeSteps)
+        qWarning("Database %s is damaged: %s", qUtf8Printable(filePath), qUtf8Printable(finding));
+    else
+        qWarning("The upgrade would damage %s: %s", qUtf8Printable(filePath),
+                 qUtf8Printable(finding));
 }
 
 void UpdateBase::logFailedCheck(const QSqlQuery &query, const char *sourceFile, int line)
@@ -344,7 +275,7 @@ void UpdateBase::logFailedCheck(const QSqlQuery &query, const char *sourceFile, 
         logUnlessContentError(query, sourceFile, line);
         return;
     }
-    reportDamage(query.lastError().databaseText());
+    reportDamage(query.lastError().databaseText(), Moment::BeforeSteps);
     abandon();
 }
 
@@ -360,7 +291,7 @@ bool UpdateBase::exec(const char *sourceFile, int line, const QString &sql,
     if (done) {
         for (auto value = values.begin(); value != values.end(); ++value)
             query.bindValue(value.key(), value.value());
-        done = query.exec();
+        done = execute(query);
     }
     if (!done)
         logSqlError(query, sourceFile, line);
@@ -374,10 +305,12 @@ bool UpdateBase::execAll(std::initializer_list<Statement> statements)
     });
 }
 
-void UpdateBase::tryAll(std::initializer_list<Statement> statements)
+bool UpdateBase::tryAll(std::initializer_list<Statement> statements)
 {
+    bool done = true;
     for (const Statement &statement : statements)
-        (void)exec(statement.sourceFile, statement.line, statement.sql);
+        done = exec(statement.sourceFile, statement.line, statement.sql) && done;
+    return done;
 }
 
 void UpdateBase::logSqlError(const QSqlQuery &query, const char *sourceFile, int line)
@@ -402,23 +335,28 @@ void UpdateBase::abandon()
     rollBack();
     transaction = Transaction::Abandoned;
     // Nothing that a step still runs by itself may reach the file.
-    QSqlQuery().exec("pragma query_only=on");
+    QSqlQuery query;
+    execute(query, "pragma query_only=on");
 }
 
 bool UpdateBase::verifyTransaction()
 {
-    if (transaction == Transaction::Open && probeTransaction() != Probe::Open) {
-        qWarning("The transaction has ended, most likely for want of memory: %s",
+    if (transaction == Transaction::Open && !hasTransaction()) {
+        qWarning("The transaction has ended, and SQLite reported no failure: %s",
                  qUtf8Printable(filePath));
         abandon();
     }
     return transaction != Transaction::Abandoned;
 }
 
+bool UpdateBase::hasTransaction()
+{
+    return probeTransaction() == Probe::Open;
+}
+
 bool UpdateBase::endsRun(const QSqlError &error) const
 {
-    return transaction == Transaction::Open
-        && (isEnvironmentError(error) || probeTransaction() != Probe::Open);
+    return transaction == Transaction::Open && (isEnvironmentError(error) || !hasTransaction());
 }
 
 bool UpdateBase::readRows(QSqlQuery &query, const char *sourceFile, int line,
@@ -444,7 +382,7 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
 
     QSqlQuery rows;
     rows.setForwardOnly(true);
-    if (!rows.exec("select * from " + from)) {
+    if (!execute(rows, "select * from " + from)) {
         logSqlError(rows, SOURCE_LINE);
         return verifyTransaction();
     }
@@ -481,7 +419,7 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     if (inserted) {
         for (const QVariant &value : bound)
             insert.addBindValue(value);
-        inserted = insert.exec();
+        inserted = execute(insert);
     }
     if (!inserted)
         logSqlError(insert, SOURCE_LINE);
@@ -523,7 +461,34 @@ bool UpdateBase::removeDecimals(const QString &table, const QStringList &columns
     for (const QString &column : columns)
         assignments
             << QString("%1 = iif(instr(%1, '.'), substr(%1, 1, instr(%1, '.')-1), %1)").arg(column);
-    return execAll({SQL(QString("update %1 set %2").arg(table, assignments.join(',')))});
+    const QString sql = QString("update %1 set %2").arg(table, assignments.join(','));
+
+    // Most tables hold no such text, and the statement would write every row as it was. If it cannot
+    // even be prepared, it runs for its failure.
+    if (verifyTransaction() && QSqlQuery().prepare(sql) && !mayHoldDecimals(table, columns))
+        return verifyTransaction();
+    return execAll({SQL(sql)});
+}
+
+bool UpdateBase::mayHoldDecimals(const QString &table, const QStringList &columns)
+{
+    QStringList conditions;
+    for (const QString &column : columns)
+        conditions << QString("instr(%1, '.')").arg(column);
+
+    QSqlQuery query;
+    query.setForwardOnly(true);
+    const bool found =
+        execute(query,
+                QString("select 1 from %1 where %2 limit 1").arg(table, conditions.join(" or ")))
+        && query.next();
+    if (!query.lastError().isValid())
+        return found;
+    // Not logged: the statement that follows fails for the same reason. It cannot follow if SQLite has
+    // ended the transaction.
+    if (!hasTransaction())
+        logSqlError(query, SOURCE_LINE);
+    return true;
 }
 
 bool UpdateBase::updateOrInsert(const QString &updateSql, const QString &insertSql,
@@ -534,7 +499,7 @@ bool UpdateBase::updateOrInsert(const QString &updateSql, const QString &insertS
 
     QSqlQuery query;
     const bool done =
-        query.exec(updateSql) && (query.numRowsAffected() > 0 || query.exec(insertSql));
+        execute(query, updateSql) && (query.numRowsAffected() > 0 || execute(query, insertSql));
     if (!done)
         logSqlError(query, sourceFile, line);
     return done;

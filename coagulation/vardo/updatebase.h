@@ -87,7 +87,8 @@ protected:
     [[nodiscard]] bool execAll(std::initializer_list<Statement> statements);
 
     /// Runs every statement; failures are logged and otherwise ignored.
-    void tryAll(std::initializer_list<Statement> statements);
+    /// \return whether none failed, for a caller that wants to know
+    bool tryAll(std::initializer_list<Statement> statements);
 
     /// Logs the failure of a query that the caller ran, and abandons the run if it must.
     void logSqlError(const QSqlQuery &query, const char *sourceFile, int line);
@@ -122,7 +123,21 @@ protected:
     [[nodiscard]] bool renameTable(const QString &from, const QString &to);
 
     /// Cuts the texts in the columns at their first decimal point: 08:15:30.123 becomes 08:15:30.
+    /// Nothing is written if no row has a point there.
     [[nodiscard]] bool removeDecimals(const QString &table, const QStringList &columns);
+
+    /// Warns of what a table that is about to be dropped still holds: one warning for each column with
+    /// values that are not null.
+    /// \param copied the columns that have been copied elsewhere, upper or lower case
+    void reportLeftValues(const QString &table, const QStringList &copied);
+
+    /// \return how many rows a table has; 0 for a view and for a table that is missing
+    [[nodiscard]] qint64 countRows(const QString &table);
+
+    /// Warns that a table's rows could not be moved, and keeps them: gives the table the name
+    /// `<table>_unmoved`, or `<table>_unmoved2` and so on if the schema has that name.
+    /// \param rows how many it has
+    [[nodiscard]] bool keepUnmoved(const QString &table, qint64 rows);
 
     /// Runs the update, and the insert if the update changed no row.
     [[nodiscard]] bool updateOrInsert(const QString &updateSql, const QString &insertSql,
@@ -138,16 +153,20 @@ private:
     /// State of the run's transaction; None before and after the run.
     enum class Transaction { None, Open, Abandoned };
 
+    enum class Moment { BeforeSteps, AfterSteps };
+
     [[nodiscard]] bool beginTransaction();
     void readVersion();
     /// Logs the damage if there is any.
     /// \return false when the file has to stay as it is
-    [[nodiscard]] bool passesDamageCheck();
-    void reportDamage(QString finding) const;
+    [[nodiscard]] bool passesDamageCheck(Moment moment);
+    void reportDamage(QString finding, Moment moment) const;
     /// Logs the failure of a query before the first step. If SQLite says that the file is damaged, this
     /// is reported like a finding of the damage check.
     void logFailedCheck(const QSqlQuery &query, const char *sourceFile, int line);
     void rollBack();
+    /// \return whether SQLite still has the transaction open
+    static bool hasTransaction();
     bool endsRun(const QSqlError &error) const;
     void abandon();
     /// Asks SQLite whether the transaction is still there. If it is not, this warns and abandons the run.
@@ -156,6 +175,11 @@ private:
     /// SQLite reports this only when the query is finished, and the driver does not pass it on.
     /// \return false when the run was abandoned, now or before
     [[nodiscard]] bool verifyTransaction();
+    /// \return the types of what the schema has under that name, upper or lower case: "table", "index",
+    ///         "view" or "trigger", mostly one or none
+    [[nodiscard]] QStringList typesOf(const QString &name);
+    /// \return true, too, if this cannot be found out
+    [[nodiscard]] bool mayHoldDecimals(const QString &table, const QStringList &columns);
     [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,
                                         const QSqlRecord &defaults, const QStringList &excluded,
                                         const std::function<void(QSqlRecord &)> &adjust);

@@ -14,8 +14,8 @@ bool UpdateData::update_v8()
         return false;
     if (version < 2 && !replaceDeleteTrigger())
         return false;
-    if (version < 3)
-        splitResultsIntoVersions();
+    if (version < 3 && !splitResultsIntoVersions())
+        return false;
     if (version < 4)
         showCheckedResults();
     if (version < 5 && !addMemo())
@@ -83,10 +83,10 @@ end)"),
     });
 }
 
-void UpdateData::splitResultsIntoVersions()
+bool UpdateData::splitResultsIntoVersions()
 {
     // Best effort: an old database may lack some of these tables, and must get the new layout all the
-    // same.
+    // same. A table whose rows did not arrive there is kept under another name.
     tryAll({
         SQL(R"(create table results(
     id integer primary key,
@@ -106,12 +106,15 @@ void UpdateData::splitResultsIntoVersions()
     upperMarkLimit real
 ))"),
         SQL("create index results_index on results(patientId, item, subitem)"),
-        // every old result becomes version 1
+    });
+    // every old result becomes version 1
+    const bool resultsArrived = tryAll({
         SQL("insert into results ( id, patientId, item, subitem, version, abbr, code, result, unit,"
             " flag, displayOrder, lowerMarkLimit, upperMarkLimit)"
             " select id, patientId, item, subitem, 1, abbr, code, result, unit,"
             " flag, displayOrder, lowerMarkLimit, upperMarkLimit from result"),
-
+    });
+    tryAll({
         SQL(R"(create table checkedResult(
     id integer primary key,
     patientId integer references patient,
@@ -121,11 +124,18 @@ void UpdateData::splitResultsIntoVersions()
     unique(patientId, item, subitem) on conflict replace
 ))"),
         SQL("create index checkedResult_index on checkedResult(patientId, item, subitem)"),
+    });
+    const bool choicesArrived = tryAll({
         SQL("insert into checkedResult( patientId, item, subitem, resultsId)"
             " select patientId, item, subitem, id from result"),
-        SQL("drop index result_index"),
-        SQL("drop table result"),
+    });
+    tryAll({SQL("drop index result_index")});
+    if (!dropOrKeep(SQL("drop table result"), "result", resultsArrived && choicesArrived,
+                    {"id", "patientId", "item", "subitem", "abbr", "code", "result", "unit", "flag",
+                     "displayOrder", "lowerMarkLimit", "upperMarkLimit"}))
+        return false;
 
+    tryAll({
         SQL(R"(create table curve_new(
     id integer primary key,
     patientId integer references patient,
@@ -133,9 +143,16 @@ void UpdateData::splitResultsIntoVersions()
     version integer,
     curve blob
 ))"),
+    });
+    const bool curvesArrived = tryAll({
         SQL("insert into curve_new ( id, patientId, item, version, curve)"
             " select id, patientId, item, 1, curve from curve"),
-        SQL("drop table curve"),
+    });
+    if (!dropOrKeep(SQL("drop table curve"), "curve", curvesArrived,
+                    {"id", "patientId", "item", "curve"}))
+        return false;
+
+    tryAll({
         SQL("alter table curve_new rename to curve"),
 
         SQL(R"(create table detail_new(
@@ -145,9 +162,16 @@ void UpdateData::splitResultsIntoVersions()
     version integer,
     info text
 ))"),
+    });
+    const bool detailsArrived = tryAll({
         SQL("insert into detail_new ( id, patientId, item, version, info)"
             " select id, patientId, item, 1, info from detail"),
-        SQL("drop table detail"),
+    });
+    if (!dropOrKeep(SQL("drop table detail"), "detail", detailsArrived,
+                    {"id", "patientId", "item", "info"}))
+        return false;
+
+    tryAll({
         SQL("alter table detail_new rename to detail"),
 
         SQL("drop trigger on_delete_patient"),
@@ -161,6 +185,23 @@ begin
     delete from detail where old.id = detail.patientId;
 end)"),
     });
+    return true;
+}
+
+/// Drops a table whose rows have been copied, or keeps it under another name if some have not.
+/// \param drop the statement for it; a failure is ignored
+/// \param arrived whether every copy succeeded
+/// \param copied the columns that were copied
+/// \return false when the table cannot be kept
+bool UpdateData::dropOrKeep(const Statement &drop, const QString &table, bool arrived,
+                            const QStringList &copied)
+{
+    if (arrived)
+        reportLeftValues(table, copied);
+    else if (const qint64 rows = countRows(table); rows > 0)
+        return keepUnmoved(table, rows);
+    tryAll({drop});
+    return true;
 }
 
 void UpdateData::showCheckedResults()

@@ -23,7 +23,9 @@ private:
     // the parts of update_v8, one for each version up to 8
     [[nodiscard]] bool rebuildLookupLists();
     [[nodiscard]] bool replaceDeleteTrigger();
-    void splitResultsIntoVersions();
+    [[nodiscard]] bool splitResultsIntoVersions();
+    [[nodiscard]] bool dropOrKeep(const Statement &drop, const QString &table, bool arrived,
+                                  const QStringList &copied);
     void showCheckedResults();
     [[nodiscard]] bool addMemo();
     [[nodiscard]] bool addReportTimes();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/vardo/execute.h"
+
 #include <QDebug>
 #include <QRegularExpression>
 #include <QSqlError>
@@ -145,8 +147,8 @@ bool UpdateProfile::update_v13()
 
 bool UpdateProfile::update_v15()
 {
-    return execAll({
-        SQL(R"(-- currentCurve
+    if (!execAll({
+            SQL(R"(-- currentCurve
 create table currentCurve_new (
     id integer primary key,
     instrUuid text,
@@ -154,9 +156,13 @@ create table currentCurve_new (
     curveId integer references curve,
     unique(instrUuid, name) on conflict replace
 ))"),
-        SQL("INSERT INTO currentCurve_new (id, instrUuid, name, curveId)"
-            " SELECT id, 'wb1', name, curveId FROM currentCurve"),
-        SQL("DROP TRIGGER IF EXISTS deleteCurve"),
+            SQL("INSERT INTO currentCurve_new (id, instrUuid, name, curveId)"
+                " SELECT id, 'wb1', name, curveId FROM currentCurve"),
+            SQL("DROP TRIGGER IF EXISTS deleteCurve"),
+        }))
+        return false;
+    reportLeftValues("currentCurve", {"id", "name", "curveId"});
+    return execAll({
         SQL("DROP TABLE currentCurve"),
         SQL("ALTER TABLE currentCurve_new RENAME TO currentCurve"),
         SQL(R"(create trigger deleteCurve after delete on curve
@@ -330,14 +336,15 @@ bool UpdateProfile::update_v24()
     };
     QSqlQuery query;
     query.setForwardOnly(true);
-    if (!query.exec("SELECT name FROM profile WHERE name LIKE 'program/%/volume'"
-                    " OR name LIKE 'program/%/diluent'"
-                    " OR name LIKE 'program/%/name1' OR name LIKE 'program/%/name2'"
-                    " OR name LIKE 'program/%/name3'"
-                    " OR name LIKE 'program/%/reagent1' OR name LIKE 'program/%/reagent2'"
-                    " OR name LIKE 'program/%/reagent3'"
-                    " OR name LIKE '%/mix/type' OR name LIKE '%/mix/times'"
-                    " OR name LIKE '%/mix/volume' OR name LIKE '%/mix/duration'")) {
+    if (!execute(query,
+                 "SELECT name FROM profile WHERE name LIKE 'program/%/volume'"
+                 " OR name LIKE 'program/%/diluent'"
+                 " OR name LIKE 'program/%/name1' OR name LIKE 'program/%/name2'"
+                 " OR name LIKE 'program/%/name3'"
+                 " OR name LIKE 'program/%/reagent1' OR name LIKE 'program/%/reagent2'"
+                 " OR name LIKE 'program/%/reagent3'"
+                 " OR name LIKE '%/mix/type' OR name LIKE '%/mix/times'"
+                 " OR name LIKE '%/mix/volume' OR name LIKE '%/mix/duration'")) {
         logSqlError(query, SOURCE_LINE);
         return false;
     }
@@ -363,7 +370,7 @@ bool UpdateProfile::update_v24()
     for (auto newKey = newKeys.begin(); newKey != newKeys.end(); ++newKey) {
         query.bindValue(":key", newKey.key());
         query.bindValue(":newKey", newKey.value());
-        if (!query.exec()) {
+        if (!execute(query)) {
             logSqlError(query, SOURCE_LINE);
             return false;
         }

@@ -3,6 +3,8 @@
 
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/vardo/execute.h"
+
 #include <QDebug>
 #include <QRegularExpression>
 #include <QSqlQuery>
@@ -49,7 +51,7 @@ void UpdateProfile::correctItemsAndThresholds()
 bool UpdateProfile::fillVariables()
 {
     QSqlQuery count;
-    if (!count.exec("select count(*) from variable where value notnull")) {
+    if (!execute(count, "select count(*) from variable where value notnull")) {
         logUnlessContentError(count, SOURCE_LINE);
         return false;
     }
@@ -59,7 +61,7 @@ bool UpdateProfile::fillVariables()
 
     QSqlQuery variables;
     variables.setForwardOnly(true);
-    if (!variables.exec("select id, assayTemplateId, name, value from variable")) {
+    if (!execute(variables, "select id, assayTemplateId, name, value from variable")) {
         logSqlError(variables, SOURCE_LINE);
         return false;
     }
@@ -80,7 +82,7 @@ bool UpdateProfile::fillVariables()
     return readRows(variables, SOURCE_LINE, [&] {
         values.bindValue(":name", variables.value(2));
         values.bindValue(":assayTemplateId", variables.value(1));
-        if (!values.exec()) {
+        if (!execute(values)) {
             logSqlError(values, SOURCE_LINE);
             return false;
         }
@@ -88,7 +90,7 @@ bool UpdateProfile::fillVariables()
             return true;
         update.bindValue(":id", variables.value(0));
         update.bindValue(":value", values.value(0));
-        if (!update.exec()) {
+        if (!execute(update)) {
             logSqlError(update, SOURCE_LINE);
             return false;
         }
@@ -101,7 +103,7 @@ bool UpdateProfile::moveLimitsToItems()
 {
     QSqlQuery checks;
     checks.setForwardOnly(true);
-    if (!checks.exec("select * from dataCheck")) {
+    if (!execute(checks, "select * from dataCheck")) {
         logUnlessContentError(checks, SOURCE_LINE);
         return false;
     }
@@ -141,8 +143,9 @@ bool UpdateProfile::renameReagents()
 
     QSqlQuery settings;
     settings.setForwardOnly(true);
-    if (!settings.exec("select name, value from profile"
-                       " where name like 'program/%/name_' or name like 'program/%/diluent'")) {
+    if (!execute(settings,
+                 "select name, value from profile"
+                 " where name like 'program/%/name_' or name like 'program/%/diluent'")) {
         logSqlError(settings, SOURCE_LINE);
         return false;
     }
@@ -174,7 +177,7 @@ bool UpdateProfile::renameReagent(const QString &from, const QString &to)
     return std::all_of(keys.begin(), keys.end(), [&](const QString &key) {
         update.bindValue(":name", key);
         update.bindValue(":value", to);
-        if (!update.exec()) {
+        if (!execute(update)) {
             logSqlError(update, SOURCE_LINE);
             return false;
         }

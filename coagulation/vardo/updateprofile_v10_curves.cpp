@@ -3,6 +3,7 @@
 
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/vardo/execute.h"
 #include "coagulation/zucore/assaytemplate.h"
 #include "coagulation/zucore/standardcurve.h"
 
@@ -59,8 +60,9 @@ bool UpdateProfile::refitStandardCurves()
 {
     QSqlQuery curves;
     curves.setForwardOnly(true);
-    if (!curves.exec("select id, name, xunit, yunit, correlation, date, xFun, yFun,"
-                     " a, b, c, d, e, valid, lotsNum from curve")) {
+    if (!execute(curves,
+                 "select id, name, xunit, yunit, correlation, date, xFun, yFun,"
+                 " a, b, c, d, e, valid, lotsNum from curve")) {
         logUnlessContentError(curves, SOURCE_LINE);
         return false;
     }
@@ -97,7 +99,7 @@ bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queri
 {
     const QString name = row.value(1).toString();
     queries.calibration.bindValue(":name", name);
-    if (!queries.calibration.exec()) {
+    if (!execute(queries.calibration)) {
         logSqlError(queries.calibration, SOURCE_LINE);
         return false;
     }
@@ -121,7 +123,7 @@ bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queri
     curve.setMethod(calibration.method);
 
     queries.points.bindValue(":curveId", row.value(0));
-    if (!queries.points.exec()) {
+    if (!execute(queries.points)) {
         logSqlError(queries.points, SOURCE_LINE);
         return false;
     }
@@ -166,7 +168,7 @@ bool UpdateProfile::storeCurve(const StandardCurve &curve, qint64 id, const QVar
     queries.updateCurve.bindValue(":e", coefficient(4));
     queries.updateCurve.bindValue(":valid", curve.isValid() ? 1 : 0);
     queries.updateCurve.bindValue(":id", id);
-    if (!queries.updateCurve.exec()) {
+    if (!execute(queries.updateCurve)) {
         logSqlError(queries.updateCurve, SOURCE_LINE);
         return false;
     }
@@ -178,7 +180,7 @@ bool UpdateProfile::storeCurve(const StandardCurve &curve, qint64 id, const QVar
         queries.updatePoint.bindValue(":z", point.z);
         queries.updatePoint.bindValue(":flags", point.flags);
         queries.updatePoint.bindValue(":rowid", rowids.at(i));
-        if (!queries.updatePoint.exec()) {
+        if (!execute(queries.updatePoint)) {
             logSqlError(queries.updatePoint, SOURCE_LINE);
             return false;
         }

@@ -3,6 +3,8 @@
 
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/vardo/execute.h"
+
 #include <QDebug>
 #include <QHash>
 #include <QSqlField>
@@ -150,7 +152,7 @@ bool UpdateProfile::makeReagentIdsUnique()
 
     QSqlQuery reagents;
     reagents.setForwardOnly(true);
-    if (!reagents.exec("select id, reagentId from reagent")) {
+    if (!execute(reagents, "select id, reagentId from reagent")) {
         logSqlError(reagents, SOURCE_LINE);
         return false;
     }
@@ -190,7 +192,7 @@ bool UpdateProfile::renumberReagents(const QMap<qint64, QString> &duplicates, QS
         nextNumbers.insert(duplicate.value(), number);
         update.bindValue(":reagentId", reagentId);
         update.bindValue(":id", duplicate.key());
-        if (!update.exec()) {
+        if (!execute(update)) {
             logSqlError(update, SOURCE_LINE);
             return false;
         }

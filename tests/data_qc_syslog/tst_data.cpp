@@ -206,7 +206,8 @@ void TestData::failsAndKeepsTheFile_data()
         << QStringList{"update patient set time = iif("} << 9;
     QTest::newRow("9: results cannot be changed")
         << 8
-        << QStringList{"create trigger keep before update on results"
+        << QStringList{"update results set time = '08:01:02.5' where id = 12",
+                       "create trigger keep before update on results"
                        " begin select raise(abort, 'kept'); end"}
         << QStringList{"update results set time = iif("} << 9;
     QTest::newRow("10: patient.instrId exists")
@@ -278,10 +279,11 @@ void TestData::ignoresAndWarnsOnce_data()
         << dataChangesTo(3).mid(0, 1)
             + QStringList{"create trigger keep before insert on results"
                           " begin select raise(abort, 'kept'); end"}
-        << QStringList{"create table results(", "insert into results ("};
+        << QStringList{"create table results(", "insert into results (",
+                       "Kept 8 rows of result in result_unmoved"};
     QTest::newRow("3: result has no unit")
         << 2 << QStringList{"alter table result drop column unit"}
-        << QStringList{"insert into results ("};
+        << QStringList{"insert into results (", "Kept 8 rows of result in result_unmoved"};
     QTest::newRow("3: checkedResult exists")
         << 2 << dataChangesTo(3).mid(3, 1) << QStringList{"create table checkedResult("};
     QTest::newRow("3: checkedResult_index is a table")
@@ -292,7 +294,8 @@ void TestData::ignoresAndWarnsOnce_data()
         << dataChangesTo(3).mid(3, 1)
             + QStringList{"create trigger keep before insert on checkedResult"
                           " begin select raise(abort, 'kept'); end"}
-        << QStringList{"create table checkedResult(", "insert into checkedResult("};
+        << QStringList{"create table checkedResult(", "insert into checkedResult(",
+                       "Kept 8 rows of result in result_unmoved"};
     QTest::newRow("3: no result_index")
         << 2 << QStringList{"drop index result_index"} << QStringList{"drop index result_index"};
     QTest::newRow("3: result is a view") << 2
@@ -303,13 +306,14 @@ void TestData::ignoresAndWarnsOnce_data()
         << 2 << dataChangesTo(3).mid(7, 1) << QStringList{"create table curve_new("};
     QTest::newRow("3: curves have no item")
         << 2 << QStringList{"alter table curve drop column item"}
-        << QStringList{"insert into curve_new ("};
+        << QStringList{"insert into curve_new (", "Kept 6 rows of curve in curve_unmoved"};
     QTest::newRow("3: curve_new takes no row")
         << 2
         << dataChangesTo(3).mid(7, 1)
             + QStringList{"create trigger keep before insert on curve_new"
                           " begin select raise(abort, 'kept'); end"}
-        << QStringList{"create table curve_new(", "insert into curve_new ("};
+        << QStringList{"create table curve_new(", "insert into curve_new (",
+                       "Kept 6 rows of curve in curve_unmoved"};
     QTest::newRow("3: no curve") << 2 << QStringList{"drop table curve"}
                                  << QStringList{"insert into curve_new (", "drop table curve"};
     QTest::newRow("3: detail_new exists")

@@ -784,7 +784,7 @@ void TestEngine::writesNothingOnceTheTransactionHasEnded()
     QVERIFY(!upgraded);
     QCOMPARE(database.bytes(), before);
     QCOMPARE(recorder.messages().mid(1),
-             QStringList({"Warning: The transaction has ended, most likely for want of memory: "
+             QStringList({"Warning: The transaction has ended, and SQLite reported no failure: "
                               + database.path(),
                           "Debug: update_v1() : FAIL"}));
 }

@@ -33,6 +33,15 @@ void addFail()
     sqlite3_create_function(handle(), "fail", 1, SQLITE_UTF8, nullptr, raise, nullptr, nullptr);
 }
 
+/// Makes SQLite's own function instr() fail with a result code on the updater's connection.
+template <int code> void makeInstrFail()
+{
+    const auto fail = [](sqlite3_context *context, int, sqlite3_value **) {
+        sqlite3_result_error_code(context, code);
+    };
+    sqlite3_create_function(handle(), "instr", 2, SQLITE_UTF8, nullptr, fail, nullptr, nullptr);
+}
+
 int denyRollback(void *, int action, const char *what, const char *, const char *, const char *)
 {
     return action == SQLITE_TRANSACTION && qstrcmp(what, "ROLLBACK") == 0 ? SQLITE_DENY : SQLITE_OK;
@@ -96,6 +105,8 @@ private slots:
     void contentFailureIsTheStepsToJudge();
     void everyOperationMeetsTheEnvironment_data();
     void everyOperationMeetsTheEnvironment();
+    void aFailedQuestionIsNotLogged();
+    void aQuestionThatEndsTheTransactionIsLogged();
     void everyOperationIsSilentAfterwards();
     void noStatementRunsAfterwards_data();
     void noStatementRunsAfterwards();
@@ -362,6 +373,47 @@ void TestEngineFailures::noStatementRunsAfterwards()
     QCOMPARE(thoseOnContent(ran.mid(ran.indexOf("select fail(10)") + 1)), QStringList());
 }
 
+/// The log shows the statement that the step stands for, and not the question before it.
+void TestEngineFailures::aFailedQuestionIsNotLogged()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &step) {
+        makeInstrFail<SQLITE_ERROR>();
+        return step.removeDecimals("patient", {"name"});
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY(!upgraded);
+    QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
+    QVERIFY(
+        recorder.messages().filter("Warning: ").constFirst().contains("[ \"update patient set"));
+}
+
+void TestEngineFailures::aQuestionThatEndsTheTransactionIsLogged()
+{
+    const TestDatabase database;
+    database.execute(patients);
+    const QStringList before = database.content();
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &step) {
+        makeInstrFail<SQLITE_IOERR>();
+        return step.removeDecimals("patient", {"name"});
+    });
+
+    const bool upgraded = updater.run();
+
+    QVERIFY2(!upgraded, qUtf8Printable(recorder.messages().join(";")));
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList({"Warning: coagulation/vardo/updatebase.cpp ( line ):  "
+                          "\"disk I/O error\" : "
+                          "[ \"select 1 from patient where instr(name, '.') limit 1\" ]",
+                          "Debug: update_v1() : FAIL"}));
+    QCOMPARE(database.content(), before);
+}
+
 void TestEngineFailures::everyOperationIsSilentAfterwards()
 {
     const TestDatabase database;
@@ -377,11 +429,13 @@ void TestEngineFailures::everyOperationIsSilentAfterwards()
                 << step.copyTable("missing", "patient")
                 << step.copyTable("patient", "missing", {}, {}, [](QSqlRecord &) {})
                 << step.rebuildTable("missing", "patient") << step.renameTable("patient", "person")
-                << step.removeDecimals("patient", {"name"})
+                << step.removeDecimals("patient", {"name"}) << (step.countRows("patient") > 0)
+                << step.keepUnmoved("patient", 2)
                 << step.updateOrInsert("update missing set a=1", "drop table patient", SOURCE_LINE)
                 << step.setVersion(3)
                 << step.readRows(rows, SOURCE_LINE, [&] { return ++rowsRead > 0; });
         step.tryAll({SQL("drop table missing")});
+        step.reportLeftValues("patient", {});
         QSqlQuery own;
         own.exec("drop table missing");
         step.logSqlError(own, SOURCE_LINE);
@@ -393,7 +447,7 @@ void TestEngineFailures::everyOperationIsSilentAfterwards()
     const bool upgraded = updater.run();
 
     QVERIFY(!upgraded);
-    QCOMPARE(results, QList<bool>(11, false));
+    QCOMPARE(results, QList<bool>(13, false));
     QCOMPARE(rowsRead, 0);
     QCOMPARE(recorder.messages(),
              QStringList({"Debug: Updating " + database.path(),

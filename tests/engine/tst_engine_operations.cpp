@@ -120,7 +120,10 @@ private slots:
     void removeDecimalsCutsAtTheFirstPoint_data();
     void removeDecimalsCutsAtTheFirstPoint();
     void removeDecimalsCutsSeveralColumnsInOneStatement();
+    void removeDecimalsWritesNothingWithoutAPoint();
     void removeDecimalsFailsOnAMissingColumn();
+    void removeDecimalsFailsWhateverTheRowsHold_data();
+    void removeDecimalsFailsWhateverTheRowsHold();
 
     void updateOrInsertUpdates_data();
     void updateOrInsertUpdates();
@@ -891,6 +894,27 @@ void TestEngineOperations::removeDecimalsCutsSeveralColumnsInOneStatement()
     QCOMPARE(database.table("updates"), QStringList{"1"});
 }
 
+void TestEngineOperations::removeDecimalsWritesNothingWithoutAPoint()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table qc(time, note text, printTime)",
+                      "insert into qc values('08:15:30', 'a.b', null), ('', '.', 12),"
+                      " (x'00ff', '1.5', 9e999), (null, null, '上午八点')",
+                      "create trigger keep before update on qc"
+                      " begin select raise(abort, 'a row was written'); end"});
+    const QStringList before = database.content();
+
+    const Outcome outcome = runStep(database, [](StepUpdater &step) {
+        return step.removeDecimals("qc", {"time", "printTime"});
+    });
+
+    QVERIFY(outcome.result);
+    QCOMPARE(outcome.log, QStringList());
+    QCOMPARE(database.table("qc"),
+             QStringList({"'08:15:30', 'a.b', NULL", "'', '.', 12", "X'00FF', '1.5', Inf",
+                          "NULL, NULL, '上午八点'"}));
+}
+
 void TestEngineOperations::removeDecimalsFailsOnAMissingColumn()
 {
     const TestDatabase database;
@@ -908,6 +932,38 @@ void TestEngineOperations::removeDecimalsFailsOnAMissingColumn()
                          "time = iif(instr(time, '.'), substr(time, 1, instr(time, '.')-1), time),"
                          "printTime = iif(instr(printTime, '.'),"
                          " substr(printTime, 1, instr(printTime, '.')-1), printTime)\" ]"});
+}
+
+void TestEngineOperations::removeDecimalsFailsWhateverTheRowsHold_data()
+{
+    QTest::addColumn<QString>("create");
+    QTest::addColumn<QString>("error");
+
+    QTest::newRow("no table") << "create table other(time)"
+                              << "no such table: qc";
+    QTest::newRow("view") << "create view qc as select '08:15:30' as time"
+                          << "cannot modify qc because it is a view";
+    QTest::newRow("computed column") << "create table qc(at, time as (at))"
+                                     << "cannot UPDATE generated column \\\"time\\\"";
+}
+
+/// Such a table has never been upgraded; that its rows need no change makes no difference.
+void TestEngineOperations::removeDecimalsFailsWhateverTheRowsHold()
+{
+    QFETCH(QString, create);
+    QFETCH(QString, error);
+    const TestDatabase database;
+    database.execute({versionTable, create});
+
+    const Outcome outcome =
+        runStep(database, [](StepUpdater &step) { return step.removeDecimals("qc", {"time"}); });
+
+    QVERIFY(!outcome.result);
+    QCOMPARE(outcome.log,
+             QStringList{
+                 "Warning: coagulation/vardo/updatebase.cpp ( line ):  \"" + error
+                 + "\" : [ \"update qc set "
+                   "time = iif(instr(time, '.'), substr(time, 1, instr(time, '.')-1), time)\" ]"});
 }
 
 void TestEngineOperations::updateOrInsertUpdates_data()

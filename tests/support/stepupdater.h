@@ -15,14 +15,17 @@ public:
     }
 
     using UpdateBase::copyTable;
+    using UpdateBase::countRows;
     using UpdateBase::exec;
     using UpdateBase::execAll;
+    using UpdateBase::keepUnmoved;
     using UpdateBase::logSqlError;
     using UpdateBase::logUnlessContentError;
     using UpdateBase::readRows;
     using UpdateBase::rebuildTable;
     using UpdateBase::removeDecimals;
     using UpdateBase::renameTable;
+    using UpdateBase::reportLeftValues;
     using UpdateBase::setVersion;
     using UpdateBase::tryAll;
     using UpdateBase::updateOrInsert;

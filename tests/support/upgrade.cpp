@@ -18,7 +18,7 @@ namespace {
 
 /// Checks that statements failed, and that nothing else is warned of.
 /// \param sources names of the source files that may run the statements
-/// \param failing how each of them begins, in their order
+/// \param failing how each of them begins, in their order; among them whole warnings of another form
 void compareWarnings(const MessageRecorder &recorder, const QStringList &sources,
                      const QStringList &failing)
 {
@@ -28,6 +28,8 @@ void compareWarnings(const MessageRecorder &recorder, const QStringList &sources
     const QStringList warnings = recorder.messages().filter(warning);
     QVERIFY2(warnings.size() == failing.size(), qUtf8Printable(warnings.join('\n')));
     for (qsizetype i = 0; i < failing.size(); ++i) {
+        if (warnings.at(i) == "Warning: " + failing.at(i))
+            continue;
         const QString source = form.match(warnings.at(i)).captured(1);
         QVERIFY2(sources.contains(source), qUtf8Printable(warnings.at(i)));
         QVERIFY2(warnings.at(i).contains("[ \"" + failing.at(i)), qUtf8Printable(warnings.at(i)));

@@ -30,6 +30,7 @@ void verifyUpgrade(const QString &name, int stored, const ExpectedTables &tables
 /// Checks that an upgrade of the sample fails in a step and leaves the file as it was.
 /// \param obstacles statements that are run on the sample at the stored version
 /// \param failing how each statement that fails begins, in their order; nothing else may be warned of
+///                but what stands among them in full, such as "Kept 8 rows of result in result_unmoved"
 void verifyUpgradeFails(const QString &name, int stored, const QStringList &obstacles,
                         const QStringList &failing, int step);
 

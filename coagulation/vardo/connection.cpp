@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "coagulation/vardo/connection.h"
+
+#include "coagulation/vardo/execute.h"
+
+#include <QSqlQuery>
+
+#include <algorithm>
+#include <array>
+
+namespace coagulation {
+
+QSqlDatabase connection()
+{
+    return QSqlDatabase::database(QSqlDatabase::defaultConnection, false);
+}
+
+QSqlError openConnection()
+{
+    QSqlDatabase database = connection();
+    if (!database.isValid()) // the driver's own text is "Driver not loaded", twice
+        return {
+            "on Debian install the package libqt6sql6-sqlite, on Windows put qsqlite.dll into the"
+            " folder sqldrivers beside vardo.exe",
+            "Qt's SQLite driver is missing or cannot be loaded:", QSqlError::ConnectionError};
+    if (!database.open())
+        return database.lastError();
+
+    // No wait for a lock: the version, which is read next, is read again in the transaction.
+    // Without legacy_alter_table, a trigger or view that names a missing table makes every rename of a
+    // table fail. foreign_keys is off by default, but builds of SQLite may differ.
+    for (const char *setting :
+         {"pragma busy_timeout=0", "pragma legacy_alter_table=on", "pragma foreign_keys=off"}) {
+        QSqlQuery query;
+        if (!execute(query, setting)) {
+            QSqlError error = query.lastError();
+            query.clear();
+            database.close();
+            return error;
+        }
+    }
+    return {};
+}
+
+void waitForLocks(int milliseconds)
+{
+    QSqlQuery query;
+    execute(query, QString("pragma busy_timeout=%1").arg(milliseconds));
+}
+
+bool isEnvironmentError(const QSqlError &error)
+{
+    // primary result codes, https://www.sqlite.org/rescode.html
+    static constexpr std::array codes = {
+        2,  // internal
+        3,  // permission
+        4,  // aborted
+        5,  // busy
+        6,  // locked
+        7,  // no memory
+        8,  // read-only
+        9,  // interrupted
+        10, // I/O error
+        11, // corrupt
+        13, // full
+        14, // cannot open
+        15, // protocol
+        22, // no large files
+        26, // not a database
+    };
+    const int code = error.nativeErrorCode().toInt() & 0xff; // the other bits are details
+    return std::find(codes.begin(), codes.end(), code) != codes.end();
+}
+
+Probe probeTransaction()
+{
+    if (!connection().isOpen())
+        return Probe::Ended;
+    QSqlQuery probe;
+    if (!execute(probe, "begin"))
+        return isEnvironmentError(probe.lastError()) ? Probe::Failed : Probe::Open;
+    execute(probe, "rollback");
+    return Probe::Ended;
+}
+
+} // namespace coagulation

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QSqlDatabase>
+#include <QSqlError>
+
+/// The default connection of Qt, which every statement of the tool uses.
+namespace coagulation {
+
+QSqlDatabase connection();
+
+/// Opens the connection, whose file is set, for the steps.
+/// \return an invalid error when it is open
+QSqlError openConnection();
+
+/// \param milliseconds how long statements wait for another program to release its lock
+void waitForLocks(int milliseconds);
+
+/// The state of the transaction, as a second "begin" shows it. SQLite ends a transaction by itself after
+/// some failures, and the second "begin" can be such a failure if there is no memory.
+enum class Probe { Open, Ended, Failed };
+
+Probe probeTransaction();
+
+/// \return true for a failure that has nothing to do with what is in the database
+bool isEnvironmentError(const QSqlError &error);
+
+} // namespace coagulation

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+/// What a step cannot move to a new table: it is kept, or at least reported.
+
+#include "coagulation/vardo/updatebase.h"
+
+#include "coagulation/vardo/execute.h"
+
+#include <QDebug>
+#include <QSqlQuery>
+
+namespace coagulation {
+
+void UpdateBase::reportLeftValues(const QString &table, const QStringList &copied)
+{
+    if (!typesOf(table).contains("table"))
+        return;
+    QSqlQuery query;
+    query.setForwardOnly(true);
+    // the driver's own list of columns leaves out the quotation marks in a name
+    if (!execute(query, QString("select name from pragma_table_xinfo('%1')").arg(table))) {
+        logSqlError(query, SOURCE_LINE);
+        return;
+    }
+    QStringList left;
+    (void)readRows(query, SOURCE_LINE, [&] {
+        const QString column = query.value(0).toString();
+        if (!copied.contains(column, Qt::CaseInsensitive))
+            left << column;
+        return true;
+    });
+    for (const QString &column : left) {
+        QString quoted = column;
+        quoted.replace('"', "\"\"");
+        if (!verifyTransaction())
+            return;
+        if (!execute(query, QString("select count(%1.\"%2\") from %1").arg(table, quoted))
+            || !query.next())
+            logSqlError(query, SOURCE_LINE);
+        else if (const qint64 values = query.value(0).toLongLong(); values > 0)
+            qWarning("Left %lld values of %s.%s behind", values, qUtf8Printable(table),
+                     qUtf8Printable(column));
+    }
+}
+
+qint64 UpdateBase::countRows(const QString &table)
+{
+    if (!typesOf(table).contains("table"))
+        return 0;
+    QSqlQuery query;
+    if (execute(query, QString("select count(*) from %1").arg(table)) && query.next())
+        return query.value(0).toLongLong();
+    logSqlError(query, SOURCE_LINE);
+    return 0;
+}
+
+bool UpdateBase::keepUnmoved(const QString &table, qint64 rows)
+{
+    const QString plainName = table + "_unmoved";
+    QString name = plainName;
+    for (int number = 2; !typesOf(name).isEmpty(); ++number)
+        name = plainName + QString::number(number);
+    if (!verifyTransaction())
+        return false;
+    qWarning("Kept %lld rows of %s in %s", rows, qUtf8Printable(table), qUtf8Printable(name));
+    return renameTable(table, name);
+}
+
+QStringList UpdateBase::typesOf(const QString &name)
+{
+    if (!verifyTransaction())
+        return {};
+    QSqlQuery query;
+    query.setForwardOnly(true);
+    if (!execute(
+            query,
+            QString("select type from sqlite_master where name = '%1' collate nocase").arg(name))) {
+        logSqlError(query, SOURCE_LINE);
+        return {};
+    }
+    QStringList types;
+    (void)readRows(query, SOURCE_LINE, [&] {
+        types << query.value(0).toString();
+        return true;
+    });
+    return types;
+}
+
+} // namespace coagulation
