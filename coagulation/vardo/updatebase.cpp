@@ -143,6 +143,7 @@ bool UpdateBase::run()
 {
     if (skipped)
         return true;
+    flushLog(); // here and around each step, so that a process that is killed leaves a log
     if (!beginTransaction())
         return false;
 
@@ -209,11 +210,8 @@ bool UpdateBase::upgrade()
         return true;
     }
 
-    if (version != steps.lastKey()) {
-        flushLog(); // the check may take long
-        if (!passesDamageCheck(Moment::BeforeSteps))
-            return false;
-    }
+    if (version != steps.lastKey() && !passesDamageCheck(Moment::BeforeSteps))
+        return false;
 
     for (auto step = steps.begin(); step != steps.end(); ++step) {
         const QByteArray signature = step->methodSignature();
@@ -221,12 +219,13 @@ bool UpdateBase::upgrade()
             qDebug("%-12s: SKIP", signature.constData());
             continue;
         }
+        flushLog();
         bool passed = false;
         if (!step->invoke(this, Qt::DirectConnection, Q_RETURN_ARG(bool, passed))
             || !verifyTransaction())
             passed = false;
         qDebug("%-12s: %s", signature.constData(), passed ? "PASS" : "FAIL");
-        flushLog(); // so that the line is there if the process is killed in the next step
+        flushLog();
         if (!passed)
             return false;
     }

@@ -210,6 +210,8 @@ private slots:
     void v15RenamesKeysOfTheEmptyInstrument_data();
     void v15RenamesKeysOfTheEmptyInstrument();
     void v15KeepsValuesAndUnnamedChoices();
+    void v15ReportsValuesOfAnAddedColumn();
+    void v15ReportsNothingOfAView();
     void v15PassesWithoutTheTrigger();
     void v15AllowsOneCurveOfANameAndInstrument();
     void v15DeletesAllOfACurveAndNoMore();
@@ -535,6 +537,44 @@ void TestProfileV11ToV16::v15RenamesKeysOfTheEmptyInstrument()
 
     QVERIFY(passed);
     QCOMPARE(database.table("profile"), QStringList{QString("'%1', '%2'").arg(renamed, key)});
+}
+
+void TestProfileV11ToV16::v15ReportsValuesOfAnAddedColumn()
+{
+    const TestDatabase database("profile.db");
+    makeProfileAtStep(database, 14);
+    database.execute({"alter table currentCurve add chosenBy text",
+                      "alter table currentCurve add unused text",
+                      "alter table currentCurve add INSTRUUID text",
+                      "update currentCurve set chosenBy = 'lab' where id < 5",
+                      "update currentCurve set INSTRUUID = 'X1'"});
+    const MessageRecorder recorder;
+
+    const bool passed = runProfileStep(database, &UpdateProfile::update_v15);
+
+    QVERIFY(passed);
+    QCOMPARE(recorder.messages().filter("Warning: "),
+             QStringList({"Warning: Left 3 values of currentCurve.chosenBy behind",
+                          "Warning: Left 5 values of currentCurve.INSTRUUID behind"}));
+}
+
+void TestProfileV11ToV16::v15ReportsNothingOfAView()
+{
+    const TestDatabase database("profile.db");
+    makeProfileAtStep(database, 14);
+    database.execute({"drop table currentCurve",
+                      "create view currentCurve as select 1 as id, 'PT' as name, 1 as curveId,"
+                      " 'kept' as extra"});
+    const MessageRecorder recorder;
+
+    const bool passed = runProfileStep(database, &UpdateProfile::update_v15);
+
+    QVERIFY(!passed);
+    QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
+    QVERIFY(recorder.messages()
+                .filter("Warning: ")
+                .constFirst()
+                .contains("[ \"DROP TABLE currentCurve\" ]"));
 }
 
 void TestProfileV11ToV16::v15KeepsValuesAndUnnamedChoices()

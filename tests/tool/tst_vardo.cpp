@@ -3,6 +3,7 @@
 
 #include "drivertexts.h"
 #include "expectedsteps.h"
+#include "olddatabases.h"
 #include "testdatabase.h"
 #include "toolrun.h"
 
@@ -10,6 +11,8 @@
 #include <QFile>
 #include <QLibraryInfo>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -83,6 +86,8 @@ private slots:
     void upgradesThoseThatAreThere_data();
     void upgradesThoseThatAreThere();
     void logsEveryRunInOneFile();
+    void leavesALogWhenItIsKilled_data();
+    void leavesALogWhenItIsKilled();
     void stopsAtTheFirstFailure();
     void keepsTheDatabasesBeforeTheFailure_data();
     void keepsTheDatabasesBeforeTheFailure();
@@ -421,6 +426,49 @@ void TestVardo::logsEveryRunInOneFile()
     QCOMPARE(second.count("SKIP"), numberOfSteps());
     QCOMPARE(second.count('\n'), numberOfSteps() + 2 * names.size());
     QCOMPARE(read("log.txt"), first + second + second);
+}
+
+void TestVardo::leavesALogWhenItIsKilled_data()
+{
+    QTest::addColumn<int>("stored");
+    QTest::addColumn<QString>("lock"); // of another program
+    QTest::addColumn<QStringList>("steps");
+
+    QTest::newRow("at the beginning") << 0 << "begin immediate" << QStringList();
+    QTest::newRow("after all steps") << 0 << "begin; select * from patient" << stepLog("data", 0);
+    QTest::newRow("after some steps")
+        << 10 << "begin; select * from patient" << stepLog("data", 10);
+}
+
+void TestVardo::leavesALogWhenItIsKilled()
+{
+    QFETCH(int, stored);
+    QFETCH(QString, lock);
+    QFETCH(QStringList, steps);
+    const TestDatabase sample;
+    makeDatabaseAt(sample, "data", stored);
+    QVERIFY(QFile::copy(sample.path(), path("data.db")));
+    const QString updating = "Debug: Updating " + path("data.db");
+    {
+        QSqlDatabase other = QSqlDatabase::addDatabase("QSQLITE", "other");
+        other.setDatabaseName(path("data.db"));
+        QVERIFY(other.open());
+        QSqlQuery locking(other);
+        for (const QString &statement : lock.split("; "))
+            QVERIFY(locking.exec(statement));
+
+        RunningTool tool({.program = VARDO, .log = path("log.txt"), .folder = folder->path()});
+        const QString lastLine = steps.isEmpty() ? updating : steps.constLast();
+        QTRY_VERIFY(read("log.txt").contains(lastLine.toUtf8()));
+        tool.kill(); // while it waits for the other program
+        QVERIFY(!tool.result().exited);
+    }
+    QSqlDatabase::removeDatabase("other");
+
+    QCOMPARE(
+        logLines(path("log.txt")),
+        QStringList({"Warning: File doesn't exist: " + path("profile.db") + ", skipped", updating})
+            + steps);
 }
 
 void TestVardo::stopsAtTheFirstFailure()
