@@ -15,6 +15,7 @@ import json
 import os
 import pathlib
 import platform
+import re
 import shutil
 import statistics
 import subprocess
@@ -68,6 +69,17 @@ def timed(command, originals):
     if status != 0:
         sys.exit(f"{command[0]} failed: {status}")
     return seconds, usage.ru_utime + usage.ru_stime
+
+
+def count_instructions(command, originals):
+    """Returns how many instructions one run executes. Valgrind counts them also where the processor's
+    own counters cannot be read, as in most virtual machines."""
+    log = WORK / "instructions"
+    status = spawn(["valgrind", "--tool=cachegrind", "--cache-sim=no", "--cachegrind-out-file=/dev/null",
+                    f"--log-file={log}", *command], copy_fresh(originals)).wait()
+    if status != 0:
+        sys.exit(f"{command[0]} ended with {status} in valgrind")
+    return int(re.search(r"I +refs: +([0-9,]+)", log.read_text())[1].replace(",", ""))
 
 
 class Observation:
@@ -156,6 +168,11 @@ class Comparison:
         if len(libraries - {None}) > 1:
             sys.exit(f"The programs use different libraries: {libraries}")
 
+        self.instructions = {}
+        if sum(original.stat().st_size for original in originals) < 200 * MIB:  # it takes long
+            self.instructions = {name: count_instructions(command, originals)
+                                 for name, command in programs.items()}
+
         times = {name: [] for name in programs}
         for repeat in range(repeats):
             order = list(programs.items())
@@ -222,16 +239,17 @@ def fits():
 
 def upgrade_rows(upgrades):
     """Returns the table of the upgrades, of (name, N, comparison), as rows of texts."""
-    rows = [["upgrade", "rows", "runs", "vardo s", "shell s", "ratio", "CPU ratio", "check",
-             "vardo MiB", "shell MiB", "file MiB", "journal MiB", "disk MiB", "disk/file"]]
+    rows = [["upgrade", "rows", "runs", "vardo s", "shell s", "ratio", "CPU ratio",
+             "vardo 10⁶ instr.", "instr. ratio", "check", "vardo MiB", "shell MiB", "file MiB", "journal MiB", "disk MiB", "disk/file"]]
     for name, count, comparison in upgrades:
         seconds = comparison.seconds
         processor = comparison.processor
         tool = comparison.observations["vardo"]
+        instructions, instruction_ratio = instruction_texts(comparison, "shell")
         rows.append([
             name, f"{count:,}", str(comparison.repeats), f"{seconds['vardo']:.2f}",
             f"{seconds['shell']:.2f}", f"{seconds['vardo'] / seconds['shell']:.3f}",
-            f"{processor['vardo'] / processor['shell']:.3f}",
+            f"{processor['vardo'] / processor['shell']:.3f}", instructions, instruction_ratio,
             f"{100 * seconds['check'] / seconds['vardo']:.0f} %", f"{tool.memory / MIB:.1f}",
             f"{comparison.observations['shell'].memory / MIB:.1f}", f"{tool.size / MIB:.1f}",
             f"{tool.journal / MIB:.1f}", f"{(tool.peak - tool.size) / MIB:.1f}",
@@ -239,14 +257,24 @@ def upgrade_rows(upgrades):
     return rows
 
 
+def instruction_texts(comparison, other):
+    """Returns vardo's instructions in millions and their ratio to the other program's, as texts."""
+    counts = comparison.instructions
+    if not counts:
+        return "", ""
+    return f"{counts['vardo'] / 1e6:,.0f}", f"{counts['vardo'] / counts[other]:.3f}"
+
+
 def up_to_date_rows(comparison):
     seconds = comparison.seconds
     processor = comparison.processor
     memory = {name: observation.memory for name, observation in comparison.observations.items()}
-    return [["", "runs", "vardo ms", "minimal ms", "ratio", "CPU ratio", "vardo MiB", "minimal MiB"],
+    return [["", "runs", "vardo ms", "minimal ms", "ratio", "CPU ratio", "vardo 10⁶ instr.",
+             "instr. ratio", "vardo MiB", "minimal MiB"],
             ["all four up to date", str(comparison.repeats), f"{1000 * seconds['vardo']:.1f}",
              f"{1000 * seconds['minimal']:.1f}", f"{seconds['vardo'] / seconds['minimal']:.3f}",
-             f"{processor['vardo'] / processor['minimal']:.3f}", f"{memory['vardo'] / MIB:.1f}",
+             f"{processor['vardo'] / processor['minimal']:.3f}",
+             *instruction_texts(comparison, "minimal"), f"{memory['vardo'] / MIB:.1f}",
              f"{memory['minimal'] / MIB:.1f}"]]
 
 
@@ -260,16 +288,20 @@ def table(rows):
 
 def machine():
     """Returns what was measured on, a line each."""
-    processor = next(line.split(":")[1].strip()
-                     for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines()
-                     if line.startswith("model name"))
+    processor = {}
+    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
+        name, _, value = line.partition(":")
+        processor.setdefault(name.strip(), value.strip())
+    wide = "with" if "avx512f" in processor.get("flags", "").split() else "without"
     memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / MIB / 1024
     file_system = subprocess.run(["findmnt", "-no", "FSTYPE", "-T", WORK], check=True,
                                  capture_output=True, text=True).stdout.strip()
     versions = subprocess.run(["dpkg-query", "-W", "-f", "${Package} ${Version}, ", "libqt6core6",
                                "libsqlite3-0", "g++"], check=True, capture_output=True,
                               text=True).stdout.strip(", ")
-    return (f"- {processor}, {os.cpu_count()} processors, {memory:.0f} GiB, {file_system}\n"
+    return (f"- {processor['model name']} (family {processor.get('cpu family')}, model"
+            f" {processor.get('model')}, stepping {processor.get('stepping')}, {wide} AVX-512),"
+            f" {os.cpu_count()} processors, {memory:.0f} GiB, {file_system}\n"
             f"- {platform.freedesktop_os_release()['PRETTY_NAME']}, Linux {platform.release()}\n"
             f"- {versions}\n")
 
@@ -281,9 +313,11 @@ Made by `scripts/benchmark{options}` on {date}.
 {machine}
 Times are medians over alternating runs, each on a fresh copy of the files, synced and in the page cache,
 with SQLite's own durability. `shell` is the sqlite3 shell with the same statements, transaction and
-settings, and makes the same database (compared table by table). `check` is the share of the damage check
+settings, and makes the same database (compared table by table). It also runs the statements that `vardo`
+leaves out when they would change nothing. `check` is the share of the damage check
 (`pragma integrity_check`), which the shell runs too. A ratio is one of medians; the CPU ratio leaves out
-the waiting for the disk. `MiB` is the peak resident set. `journal` is the largest size of the journal,
+the waiting for the disk. The instructions are one run's in user space, as valgrind counts them (not for the
+largest databases). `MiB` is the peak resident set. `journal` is the largest size of the journal,
 `disk` what the upgrade needed beside the file at its peak: its growth, the journal and temporary files.
 
 ## Upgrades
