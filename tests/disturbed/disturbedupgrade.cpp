@@ -2,6 +2,7 @@
 #include "disturbedupgrade.h"
 
 #include "olddatabases.h"
+#include "today.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -59,12 +60,12 @@ DisturbedUpgrade::DisturbedUpgrade(const QString &database, Writing writing, QSt
     if (writing == Writing::Ahead)
         old.execute({"pragma journal_mode=wal"});
     before.insert(fileName, old.bytes());
-    oldContent = old.content();
+    oldContent = withToday(old.content());
 
     setFiles(before);
     if (const ToolRun undisturbed = run(); undisturbed.exitCode != 0)
         qFatal("%s", qUtf8Printable(undisturbed.log.join('\n')));
-    newContent = databaseContent(path());
+    newContent = withToday(databaseContent(path()));
     setFiles(before);
 }
 
@@ -122,7 +123,7 @@ QString DisturbedUpgrade::outcome()
 
 QString DisturbedUpgrade::compare() const
 {
-    const QStringList content = databaseContent(path());
+    const QStringList content = withToday(databaseContent(path()));
     if (content == oldContent)
         return "old";
     if (content == newContent)

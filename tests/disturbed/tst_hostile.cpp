@@ -2,6 +2,7 @@
 /// Contents that look like statements, or that are extreme, arrive as they were, and nothing else changes.
 
 #include "olddatabases.h"
+#include "today.h"
 #include "toolrun.h"
 
 #include <QFile>
@@ -90,7 +91,7 @@ QStringList rowsOf(const QString &name, const QString &text, const QString &with
     return statements;
 }
 
-/// \return the schema and the rows of all tables; texts and blobs by their bytes
+/// \return the schema and the rows of all tables, as by withToday(); texts and blobs by their bytes
 QStringList exactContent(const TestDatabase &database)
 {
     QStringList content = database.schema();
@@ -107,7 +108,7 @@ QStringList exactContent(const TestDatabase &database)
                 << database.rows(
                        QString("select %1 from \"%2\" not indexed").arg(columns.join(", "), table));
     }
-    return content;
+    return withToday(content);
 }
 
 /// \param text an SQL expression

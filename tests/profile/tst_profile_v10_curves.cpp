@@ -5,6 +5,7 @@
 #include "messagerecorder.h"
 #include "profiledatabase.h"
 #include "profileupgrade.h"
+#include "today.h"
 #include "upgrade.h"
 
 #include <QTest>
@@ -48,15 +49,12 @@ void make(const TestDatabase &database, const QStringList &statements)
     library() = {};
 }
 
-/// \return the curves as rows, with "today" for the date of the run
+/// \return the curves as rows, as by withToday()
 QStringList curveRows(const TestDatabase &database)
 {
-    const QDate today = QDate::currentDate(); // the step may have run before midnight
-    return database.rows(
-        QString("select id, name, xUnit, yUnit, correlation,"
-                " iif(date in ('%1', '%2'), 'today', date), xFun, yFun,"
-                " a, b, c, d, e, valid, instrUuid, lotsNum from curve not indexed")
-            .arg(today.toString(Qt::ISODate), today.addDays(-1).toString(Qt::ISODate)));
+    return withToday(database.rows("select id, name, xUnit, yUnit, correlation, date, xFun, yFun,"
+                                   " a, b, c, d, e, valid, instrUuid, lotsNum from curve"
+                                   " not indexed"));
 }
 
 /// \return the warnings; at version 9 one statement of the factory data fails always

@@ -5,6 +5,7 @@
 #include "messagerecorder.h"
 #include "profiledatabase.h"
 #include "profileupgrade.h"
+#include "today.h"
 
 #include <QTest>
 
@@ -12,17 +13,12 @@ using coagulation::UpdateProfile;
 
 namespace {
 
-/// \return the curves as rows, with "today" for the date of the run, and with what the fit calculates
-///         to six decimal places
+/// \return the curves as rows, as by withToday(), and with what the fit calculates to six decimal places
 QStringList curveRows(const TestDatabase &database)
 {
-    const QDate today = QDate::currentDate(); // the step may have run before midnight
-    return database.rows(
-        QString("select id, name, round(correlation, 6),"
-                " iif(date in ('%1', '%2'), 'today', date), round(a, 6),"
-                " round(b, 6), round(c, 6), round(d, 6), round(e, 6), valid,"
-                " lotsNum from curve not indexed")
-            .arg(today.toString(Qt::ISODate), today.addDays(-1).toString(Qt::ISODate)));
+    return withToday(database.rows("select id, name, round(correlation, 6), date, round(a, 6),"
+                                   " round(b, 6), round(c, 6), round(d, 6), round(e, 6), valid,"
+                                   " lotsNum from curve not indexed"));
 }
 
 QStringList pointRows(const TestDatabase &database)

@@ -5,6 +5,7 @@
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "profilesteps.h"
+#include "today.h"
 #include "toolrun.h"
 #include "upgrade.h"
 
@@ -351,7 +352,7 @@ void TestStoredVersions::stepByStepIsTheSameAsOneRun()
     const bool passed = runSteps(database, stepsOf(name));
 
     QVERIFY(passed);
-    QCOMPARE(database.content(), inOneRun.content());
+    QCOMPARE(withToday(database.content()), withToday(inOneRun.content()));
 }
 
 QTEST_GUILESS_MAIN(TestStoredVersions)
