@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-/// What cmake --install leaves: the tool alone with its documents, and that tool at work.
+/// What cmake --install leaves: the tool alone with its documents, and that tool at work; and what the
+/// Debian package says of itself.
 
+#include "debianpackage.h"
 #include "expectedsteps.h"
 #include "testdatabase.h"
 #include "toolrun.h"
@@ -9,8 +11,17 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace {
+
+/// The package's name says who fits standard curves, and the folder of its documents has that name.
+const QString package = MAKER_LIBRARIES ? "vardo" : "vardo-standin";
+const QString documents = "share/doc/" + package + '/';
+
+} // namespace
 
 class TestInstallation : public QObject {
     Q_OBJECT
@@ -21,6 +32,7 @@ private slots:
     void holdsTheToolAndItsDocuments();
     void hasAManualOfTheNewestVersions();
     void hasAToolThatUpgrades();
+    void isAPackageThatSaysWhoFitsTheCurves();
 
 private:
     QTemporaryDir root;
@@ -40,14 +52,14 @@ void TestInstallation::holdsTheToolAndItsDocuments()
 {
     QStringList expected{
         "bin/" TOOL,
-        "share/doc/vardo/CHANGELOG.md",
-        "share/doc/vardo/copyright",
-        "share/doc/vardo/limits.md",
-        "share/doc/vardo/operating.md",
+        documents + "CHANGELOG.md",
+        documents + "copyright",
+        documents + "limits.md",
+        documents + "operating.md",
         COMPRESSED ? "share/man/man1/vardo.1.gz" : "share/man/man1/vardo.1",
     };
     if (COMPRESSED)
-        expected.insert(2, "share/doc/vardo/changelog.gz");
+        expected.insert(2, documents + "changelog.gz");
     if (TRANSLATED)
         expected << "share/vardo/translations/vardo_en.qm";
 
@@ -65,7 +77,7 @@ void TestInstallation::holdsTheToolAndItsDocuments()
 
 void TestInstallation::hasAManualOfTheNewestVersions()
 {
-    QFile manual(root.filePath("share/doc/vardo/operating.md"));
+    QFile manual(root.filePath(documents + "operating.md"));
     QVERIFY(manual.open(QIODevice::ReadOnly));
 
     const QString text = QString::fromUtf8(manual.readAll()).simplified();
@@ -94,6 +106,20 @@ void TestInstallation::hasAToolThatUpgrades()
     QCOMPARE(database.rows("select version from version"), QStringList{newestVersion});
     QCOMPARE(database.rows("select value from profile where name = 'patient/instrId'"),
              QStringList{TRANSLATED ? "'Instrument'" : "'测量仪器'"});
+}
+
+void TestInstallation::isAPackageThatSaysWhoFitsTheCurves()
+{
+    if (QStandardPaths::findExecutable("dpkg-deb").isEmpty())
+        QSKIP("dpkg-deb is not installed: the Debian package is NOT tested");
+
+    const QMap<QString, QString> fields = debianPackageOf(BUILD, CONFIGURATION);
+
+    QCOMPARE(fields.value("Package"), package);
+    QCOMPARE(fields.value("Conflicts"), QString(MAKER_LIBRARIES ? "vardo-standin" : "vardo"));
+    const QString description = fields.value("Description");
+    QVERIFY2(description.contains("stand-in") != bool(MAKER_LIBRARIES),
+             qUtf8Printable(description));
 }
 
 QTEST_GUILESS_MAIN(TestInstallation)

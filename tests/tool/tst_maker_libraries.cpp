@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// The tool built against the maker's libraries, here those of makerlibraries/: it must compile against
-/// their headers, and none of ours, and do what they do.
+/// their headers, and none of ours, do what they do, and be a package of its own.
 
+#include "debianpackage.h"
 #include "testdatabase.h"
 #include "toolrun.h"
 
 #include <QDirIterator>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
 
 namespace {
@@ -16,10 +18,11 @@ const QString maker = root + "/maker";         // where the maker's packages are
 const QString toolBuild = root + "/toolbuild"; // where the tool is built
 const QString tool = root + "/tool";           // where the tool is installed
 
+constexpr int timeout = 600'000; // ms, for CMake on a machine that does other things as well
+
 /// \return whether CMake succeeded; what it says is in the test's output
 bool cmake(const QStringList &arguments)
 {
-    constexpr int timeout = 600'000; // ms, on a machine that does other things as well
     QProcess process;
     process.setProcessChannelMode(QProcess::ForwardedChannels);
     process.start(CMAKE, arguments);
@@ -96,6 +99,9 @@ private slots:
     void areGivenTheCurve();
     void fitTheCurves();
     void fitThePoints();
+    void makeAPackageOfTheirOwn();
+    void areNamedAtTheEndOfTheConfiguration_data();
+    void areNamedAtTheEndOfTheConfiguration();
 };
 
 void TestMakerLibraries::initTestCase()
@@ -178,6 +184,49 @@ void TestMakerLibraries::fitThePoints()
              QStringList({"11, 5.0, 20.0, 35.0, 68", "12, 10.0, 10.0, 70.0, 64",
                           "13, 25.0, 4.0, 175.0, 64", "14, 50.0, 2.0, 350.0, 64",
                           "31, 1.0, 0.5, 7.0, 80", "32, 2.0, 2.0, 14.0, 64"}));
+}
+
+void TestMakerLibraries::makeAPackageOfTheirOwn()
+{
+    if (QStandardPaths::findExecutable("dpkg-deb").isEmpty())
+        QSKIP("dpkg-deb is not installed: the Debian package is NOT tested");
+
+    const QMap<QString, QString> fields = debianPackageOf(toolBuild, "Debug");
+
+    QCOMPARE(fields.value("Package"), "vardo");
+    QCOMPARE(fields.value("Conflicts"), "vardo-standin");
+    const QString description = fields.value("Description");
+    QVERIFY2(!description.contains("stand-in"), qUtf8Printable(description));
+}
+
+void TestMakerLibraries::areNamedAtTheEndOfTheConfiguration_data()
+{
+    QTest::addColumn<QString>("library");
+    QTest::addColumn<QString>("summary");
+
+    QTest::newRow("the maker's") << "ON"
+                                 << "the maker's library; the package is vardo";
+    QTest::newRow("the stand-in") << "OFF"
+                                  << "the bundled stand-in; the package is vardo-standin";
+}
+
+void TestMakerLibraries::areNamedAtTheEndOfTheConfiguration()
+{
+    QFETCH(QString, library);
+    QFETCH(QString, summary);
+    QProcess process;
+
+    process.start(CMAKE,
+                  {"--fresh", "-S", SOURCE, "-B", root + "/summary", "-G", GENERATOR,
+                   "-DCMAKE_CXX_COMPILER=" COMPILER, "-DBUILD_TESTING=OFF",
+                   "-DCMAKE_PREFIX_PATH=" + maker + ';' + QString(PREFIX_PATH).replace('|', ';'),
+                   "-DVARDO_MAKER_LIBRARIES=" + library});
+
+    QVERIFY(process.waitForFinished(timeout));
+    QCOMPARE(process.exitCode(), 0);
+    const QStringList lines = QString::fromUtf8(process.readAllStandardOutput()).split('\n');
+    const qsizetype end = lines.indexOf(QRegularExpression("^-- Configuring done.*"));
+    QCOMPARE(lines.value(end - 1), "-- vardo " VERSION ": curves fitted by " + summary);
 }
 
 QTEST_GUILESS_MAIN(TestMakerLibraries)
