@@ -170,7 +170,9 @@ private:
     };
 
     QString nameOf(const QString &table, const Row &row) const;
-    bool isKey(const QString &key, const QString &table, const Row &row) const;
+    QString labelOf(const QString &table, const Row &row) const;
+    bool isKey(const QString &key, const QString &table, const QList<Row> &all, qsizetype index,
+               const Row &now) const;
     bool isTerm(const QString &term, const QString &table, const Row &row) const;
     bool isInvalidCurve(const Row &curve) const;
     static bool hasLaterTwin(const QString &key, const QList<Row> &all, qsizetype index);
@@ -212,6 +214,16 @@ QString Prediction::nameOf(const QString &table, const Row &row) const
     return table == "assayItem" ? assays.value(row.value("assaytemplateid")) + '.' + name : name;
 }
 
+/// \return how a difference names the row: "assayItem DD.P (14)"
+QString Prediction::labelOf(const QString &table, const Row &row) const
+{
+    const QString name = nameOf(table, row);
+    const QString identity = unquoted(identityOf(table, row));
+    return name == identity
+        ? table + ' ' + name
+        : QString("%1 %2(%3)").arg(table, name.isEmpty() ? "" : name + ' ', identity);
+}
+
 bool Prediction::isInvalidCurve(const Row &curve) const
 {
     const QString valid = curve.value("valid");
@@ -229,11 +241,20 @@ bool Prediction::hasLaterTwin(const QString &key, const QList<Row> &all, qsizety
     });
 }
 
-bool Prediction::isKey(const QString &key, const QString &table, const Row &row) const
+/// \param all the rows of the table as they were
+/// \param now the row at the index as the lines before leave it
+bool Prediction::isKey(const QString &key, const QString &table, const QList<Row> &all,
+                       qsizetype index, const Row &now) const
 {
+    if (key == notValid)
+        return isInvalidCurve(all.at(index));
+    if (key == ofInvalidCurve)
+        return isInvalidCurve(curves.value(all.at(index).value("curveid")));
+    if (key.startsWith(laterRow))
+        return hasLaterTwin(key, all, index);
     const QStringList terms = key.split("` and `");
     return std::all_of(terms.begin(), terms.end(),
-                       [&](const QString &term) { return isTerm(term, table, row); });
+                       [&](const QString &term) { return isTerm(term, table, now); });
 }
 
 bool Prediction::isTerm(const QString &term, const QString &table, const Row &row) const
@@ -275,12 +296,7 @@ void Prediction::apply(const ChangedValue &line)
     for (const QString &key : line.keys) {
         for (qsizetype i = 0; i < table->size(); ++i) {
             PredictedRow &row = (*table)[i];
-            const Row &old = all.at(i);
-            const bool isNamed = key == notValid ? isInvalidCurve(old)
-                : key == ofInvalidCurve    ? isInvalidCurve(curves.value(old.value("curveid")))
-                : key.startsWith(laterRow) ? hasLaterTwin(key, all, i)
-                                           : isKey(key, line.table, row.values);
-            if (!isNamed || row.deletedBy > 0)
+            if (row.deletedBy > 0 || !isKey(key, line.table, all, i, row.values))
                 continue;
             if (line.columns.isEmpty()) {
                 row.deletedBy = line.line;
@@ -341,22 +357,27 @@ void Prediction::compareRow(const QString &table, qsizetype index, const Row *af
 {
     const PredictedRow &row = rows[table].at(index);
     const Row &old = before.value(table).at(index);
-    const QString label =
-        QString("%1 %2 (%3)").arg(table, nameOf(table, old), identityOf(table, old));
-    if (after == nullptr || row.deletedBy > 0) {
+    const QString label = labelOf(table, old);
+    if (row.deletedBy > 0) {
         if (after != nullptr)
-            comparison.differences << QString("%1: line %2 says that the row goes, but it is there")
+            comparison.differences << QString("%1: is there, but line %2 says otherwise")
                                           .arg(label)
                                           .arg(row.deletedBy);
-        else if (row.deletedBy == 0)
-            comparison.differences
-                << QString("%1: no row %2").arg(label, identityOf(table, row.values));
+        return;
+    }
+    if (after == nullptr) {
+        const int renamedBy = row.origins.value("name").line;
+        comparison.differences << (renamedBy == 0 ? label + ": is gone, and no line says so"
+                                                  : QString("%1: is not %2, as line %3 says")
+                                                        .arg(label, row.values.value("name"),
+                                                             QString::number(renamedBy)));
         return;
     }
     for (auto value = row.values.begin(); value != row.values.end(); ++value) {
         const Origin origin = row.origins.value(value.key());
         const QString now = after->value(value.key(), "gone");
-        const bool isExpected = origin.pattern.isEmpty()
+        const bool isExpected = origin.line == 0 ? now == *value
+            : origin.pattern.isEmpty()
             ? isSame(now, *value)
             : QRegularExpression(QRegularExpression::anchoredPattern(origin.pattern))
                   .match(now)
@@ -381,6 +402,8 @@ QList<ChangedValue> readChangedValues(const QString &path)
                                                   {"## Data database", "data"},
                                                   {"## Quality-control database", "qc"},
                                                   {"## System log database", "syslog"}};
+    const QString head = "| table | key | column | old | new |";
+    const QString ruler = "| --- | --- | --- | --- | --- |";
     static const QRegularExpression section(R"(^### Below version (\d+)(, in Chinese only)?$)");
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -397,7 +420,8 @@ QList<ChangedValue> readChangedValues(const QString &path)
         } else if (const auto match = section.match(line); match.hasMatch()) {
             place.below = match.captured(1).toInt();
             place.inChinese = match.hasCaptured(2);
-        } else if (line.startsWith("| `") && !place.database.isEmpty()) {
+        } else if (line.startsWith('|') && !place.database.isEmpty() && line != head
+                   && line != ruler) {
             lines << readLine(line, place);
         }
     }

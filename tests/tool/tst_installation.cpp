@@ -53,13 +53,14 @@ void TestInstallation::holdsTheToolAndItsDocuments()
     QStringList expected{
         "bin/" TOOL,
         documents + "CHANGELOG.md",
+        documents + "changed-values.md",
         documents + "copyright",
         documents + "limits.md",
         documents + "operating.md",
         COMPRESSED ? "share/man/man1/vardo.1.gz" : "share/man/man1/vardo.1",
     };
     if (COMPRESSED)
-        expected.insert(2, documents + "changelog.gz");
+        expected.insert(3, documents + "changelog.gz");
     if (TRANSLATED)
         expected << "share/vardo/translations/vardo_en.qm";
 
