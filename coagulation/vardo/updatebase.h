@@ -68,7 +68,7 @@ public:
 
     /// Upgrades the database inside one transaction.
     /// \return true if the database is at the newest version or the file is missing; if false, the file
-    ///         is as it was and the log says why
+    ///         is as it was and the log shows where the run failed
     [[nodiscard]] bool run();
 
     /// Runs the steps, logs each with PASS, FAIL or SKIP, and stores the new version. A file that is not
