@@ -179,9 +179,14 @@ private:
     /// \param value as a line says it
     static bool had(const QString &value, const QString &column, const QList<Row> &all,
                     const QList<PredictedRow> &predicted, qsizetype index);
+    void apply(const ChangedValue &line, const QString &key, const QList<Row> &all,
+               QList<PredictedRow> &predicted, qsizetype index);
     void change(const ChangedValue &line, const QString &key, PredictedRow &row,
                 const QString &column);
-    void compareRow(const QString &table, qsizetype index, const Row *after);
+    void compareRow(const QString &label, const PredictedRow &row, const Row &old,
+                    const Row *after);
+    void compareCell(const QString &label, const Origin &origin, const QString &expected,
+                     const QString &old, const QString &now);
 
     const Content &before;
     QHash<QString, QString> assays; ///< the names by id
@@ -294,19 +299,24 @@ void Prediction::apply(const ChangedValue &line)
         return;
     const QList<Row> all = before.value(line.table);
     for (const QString &key : line.keys) {
-        for (qsizetype i = 0; i < table->size(); ++i) {
-            PredictedRow &row = (*table)[i];
-            if (row.deletedBy > 0 || !isKey(key, line.table, all, i, row.values))
-                continue;
-            if (line.columns.isEmpty()) {
-                row.deletedBy = line.line;
-                comparison.effects << effectOf(line, key, wholeRow);
-            }
-            for (const QString &column : line.columns) {
-                if (row.values.contains(column) && had(line.before, column, all, *table, i))
-                    change(line, key, row, column);
-            }
-        }
+        for (qsizetype i = 0; i < all.size(); ++i)
+            apply(line, key, all, *table, i);
+    }
+}
+
+void Prediction::apply(const ChangedValue &line, const QString &key, const QList<Row> &all,
+                       QList<PredictedRow> &predicted, qsizetype index)
+{
+    PredictedRow &row = predicted[index];
+    if (row.deletedBy > 0 || !isKey(key, line.table, all, index, row.values))
+        return;
+    if (line.columns.isEmpty()) {
+        row.deletedBy = line.line;
+        comparison.effects << effectOf(line, key, wholeRow);
+    }
+    for (const QString &column : line.columns) {
+        if (row.values.contains(column) && had(line.before, column, all, predicted, index))
+            change(line, key, row, column);
     }
 }
 
@@ -344,20 +354,20 @@ Comparison Prediction::compare(const Content &after)
             comparison.differences << table.key() + " is gone";
             continue;
         }
+        const QList<Row> all = before.value(table.key());
         for (const Row &row : *found)
             rowsAfter.insert(identityOf(table.key(), row), &row);
-        for (qsizetype i = 0; i < table->size(); ++i)
-            compareRow(table.key(), i,
+        for (qsizetype i = 0; i < table->size(); ++i) {
+            compareRow(labelOf(table.key(), all.at(i)), table->at(i), all.at(i),
                        rowsAfter.value(identityOf(table.key(), table->at(i).values)));
+        }
     }
     return comparison;
 }
 
-void Prediction::compareRow(const QString &table, qsizetype index, const Row *after)
+void Prediction::compareRow(const QString &label, const PredictedRow &row, const Row &old,
+                            const Row *after)
 {
-    const PredictedRow &row = rows[table].at(index);
-    const Row &old = before.value(table).at(index);
-    const QString label = labelOf(table, old);
     if (row.deletedBy > 0) {
         if (after != nullptr)
             comparison.differences << QString("%1: is there, but line %2 says otherwise")
@@ -368,30 +378,35 @@ void Prediction::compareRow(const QString &table, qsizetype index, const Row *af
     if (after == nullptr) {
         const int renamedBy = row.origins.value("name").line;
         comparison.differences << (renamedBy == 0 ? label + ": is gone, and no line says so"
-                                                  : QString("%1: is not %2, as line %3 says")
+                                                  : QString("%1: is not %2, but line %3 says so")
                                                         .arg(label, row.values.value("name"),
                                                              QString::number(renamedBy)));
         return;
     }
-    for (auto value = row.values.begin(); value != row.values.end(); ++value) {
-        const Origin origin = row.origins.value(value.key());
-        const QString now = after->value(value.key(), "gone");
-        const bool isExpected = origin.line == 0 ? now == *value
-            : origin.pattern.isEmpty()
-            ? isSame(now, *value)
-            : QRegularExpression(QRegularExpression::anchoredPattern(origin.pattern))
-                  .match(now)
-                  .hasMatch();
-        if (!isExpected)
+    for (auto value = row.values.begin(); value != row.values.end(); ++value)
+        compareCell(label + ", " + value.key(), row.origins.value(value.key()), *value,
+                    old.value(value.key()), after->value(value.key(), "gone"));
+}
+
+void Prediction::compareCell(const QString &label, const Origin &origin, const QString &expected,
+                             const QString &old, const QString &now)
+{
+    if (origin.line == 0) {
+        if (now != expected)
             comparison.differences
-                << QString("%1, %2: was %3, is %4, %5")
-                       .arg(label, value.key(), old.value(value.key()), now,
-                            origin.line == 0
-                                ? "and no line says so"
-                                : QString("but line %1 says otherwise").arg(origin.line));
-        else if (!origin.pattern.isEmpty() && now != old.value(value.key()))
-            comparison.effects << origin.effect;
+                << QString("%1: was %2, is %3, and no line says so").arg(label, old, now);
+        return;
     }
+    const bool isExpected = origin.pattern.isEmpty()
+        ? isSame(now, expected)
+        : QRegularExpression(QRegularExpression::anchoredPattern(origin.pattern))
+              .match(now)
+              .hasMatch();
+    if (!isExpected)
+        comparison.differences << QString("%1: was %2, is %3, but line %4 says otherwise")
+                                      .arg(label, old, now, QString::number(origin.line));
+    else if (!origin.pattern.isEmpty() && now != old)
+        comparison.effects << origin.effect;
 }
 
 } // namespace
@@ -443,7 +458,7 @@ Content contentOf(const TestDatabase &database)
     for (auto table = columns.begin(); table != columns.end(); ++table) {
         QStringList literals;
         for (const QString &column : *table)
-            literals << QString("quote(\"%1\")").arg(column);
+            literals << QString(R"(quote("%1"))").arg(column);
         queries << QString(
                        "select * from (select json_array('%1', %2) from \"%1\" order by \"%3\")")
                        .arg(table.key(), literals.join(", "), table->constFirst());

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// What docs/changed-values.md says of the laboratory's own values, held against upgrades of databases of
-/// every version.
+/// What docs/changed-values.md says of the laboratory's own values, compared with upgrades from every version.
 
 #include "changedvalues.h"
 #include "expectedsteps.h"
@@ -12,7 +11,6 @@
 #include <QFile>
 #include <QTest>
 
-#include <algorithm>
 #include <map>
 #include <optional>
 
@@ -25,7 +23,7 @@ enum class Values {
     Deleted, ///< each one is null
 };
 
-/// Rows that make the upgrade from a version below fail, or keep a name that it would change.
+/// Rows with which an upgrade from a version below fails, or keeps a name that it would otherwise change.
 struct Obstacle {
     int below;
     QString table;
@@ -45,7 +43,7 @@ const QList<Obstacle> obstacles{
     {30, "reagent", "name in ('R1(vWF)', 'R2(vWF)', 'R2(Plg)')"},
 };
 
-/// Rows that no other database has. The numbers are out of the way of the factory's.
+/// \return the statements for what the factory's databases do not have; its numbers are below 900
 QStringList ownProfileRows()
 {
     QStringList statements;
@@ -137,8 +135,9 @@ const OtherDatabase &otherDatabase(int version)
 QStringList rowsOf(const OtherDatabase &other, const QList<Column> &known, int version)
 {
     QStringList statements{QString("attach '%1' as other").arg(other.database.path()), "begin"};
-    for (const QString table : {"profile", "reagent", "assayTemplate", "assayCalibration",
-                                "assayItem", "variable", "dataCheck"}) {
+    for (const QString &table :
+         QStringList{"profile", "reagent", "assayTemplate", "assayCalibration", "assayItem",
+                     "variable", "dataCheck"}) {
         QStringList columns = columnsOf(other.columns, table);
         columns.removeIf([&](const QString &column) {
             return !columnsOf(known, table).contains(column, Qt::CaseInsensitive)
@@ -169,6 +168,7 @@ QStringList ownRows(const QString &database, const QList<Column> &columns, int v
     QStringList statements{
         "insert or ignore into dataCheck(assayTemplateId, reportLower, reportUpper)"
         " select id, 1, 2 from assayTemplate"};
+    // the last ones with the old names of reagents and of settings, and the last one
     for (const int other : {9, 23, newestVersionOf("profile")})
         statements += rowsOf(otherDatabase(other), columns, version);
     return statements + ownProfileRows();
@@ -302,7 +302,7 @@ void TestChangedValues::holdsEveryChange()
     QString found;
     const QMap<QString, QStringList> ofDatabase = differences.value(database);
     for (auto difference = ofDatabase.begin(); difference != ofDatabase.end(); ++difference)
-        found += QString("\n%1\n    from %2").arg(difference.key(), difference->join(", "));
+        found += QString("\n%1\n    from version %2").arg(difference.key(), difference->join(", "));
 
     QVERIFY2(found.isEmpty(), qUtf8Printable(found));
 }
