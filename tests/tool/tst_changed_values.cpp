@@ -43,7 +43,7 @@ const QList<Obstacle> obstacles{
     {30, "reagent", "name in ('R1(vWF)', 'R2(vWF)', 'R2(Plg)')"},
 };
 
-/// \return the statements for what the factory's databases do not have; its numbers are below 900
+/// \return the statements for what no database of another version has; the factory uses no number from 900 on
 QStringList ownProfileRows()
 {
     QStringList statements;
