@@ -3,38 +3,42 @@
 
 #include <QtGlobal>
 
-// x86-64; but not ARM64EC, for which Microsoft's compiler defines the same macro
+// Not ARM64EC, for which Microsoft's compiler defines the same macro.
 #if defined(Q_PROCESSOR_X86_64) && !defined(_M_ARM64EC)
+#define VARDO_X86_64
 #include <immintrin.h>
-#define VARDO_HAS_X86_64
-#if defined(_MSC_VER)
+#ifdef _MSC_VER
 #include <intrin.h>
 #endif
 #endif
 
 namespace coagulation {
 
-#if defined(VARDO_HAS_X86_64)
+#ifdef VARDO_X86_64
 
 namespace {
 
-#if defined(_MSC_VER) && !defined(__clang__)
-#define VARDO_USES_AVX
+// The tool as a whole is compiled for processors without AVX.
+#if defined(__GNUC__) || defined(__clang__)
+#define VARDO_TARGET(feature) __attribute__((target(feature)))
+#else
+#define VARDO_TARGET(feature)
+#endif
 
-bool hasAvx()
+#ifdef _MSC_VER
+
+VARDO_TARGET("xsave") bool hasAvx()
 {
     constexpr int systemSavesRegisters = 1 << 27;
     constexpr int avx = 1 << 28;
-    constexpr unsigned long long vectorStates = 6; // the halves of 128 and of 256 bits
+    constexpr unsigned long long bothHalves = 6; // of the registers, which the system saves
     int features[4];
     __cpuid(features, 1);
     return (features[2] & systemSavesRegisters) != 0 && (features[2] & avx) != 0
-        && (_xgetbv(0) & vectorStates) == vectorStates;
+        && (_xgetbv(0) & bothHalves) == bothHalves;
 }
 
 #else
-// The tool as a whole is compiled for processors without AVX.
-#define VARDO_USES_AVX __attribute__((target("avx")))
 
 bool hasAvx()
 {
@@ -43,7 +47,7 @@ bool hasAvx()
 
 #endif
 
-VARDO_USES_AVX void clearWithAvx()
+VARDO_TARGET("avx") void clearWithAvx()
 {
     _mm256_zeroupper();
 }

@@ -16,7 +16,7 @@ QStringList warningsOf(const MessageRecorder &recorder)
     return recorder.messages().filter(QRegularExpression("^Warning: "));
 }
 
-/// \return a database at a version that has changed as the laboratory or an accident may have
+/// Makes a database of a version, with changes that the laboratory or an accident may have made.
 void makeChanged(const TestDatabase &database, int stored, const QStringList &changes)
 {
     makeDatabaseAt(database, "data", stored);
@@ -125,7 +125,6 @@ void TestDataUnmoved::keepsATableThatCannotMove_data()
     };
     for (const int stored : {0, 1, 2}) {
         for (const Case &each : cases) {
-            // an older view or trigger would not name these tables, but the steps do
             QTest::addRow("%d: %s", stored, qUtf8Printable(each.name))
                 << stored << each.changes << each.table << each.failing << each.warning;
         }
@@ -194,8 +193,8 @@ void TestDataUnmoved::changesNothingElse()
 
     QVERIFY(upgraded);
     QCOMPARE(newSchema(database), referenceSchema("data"));
-    for (const QString table : {"patient", "patientExtra", "exam", "department", "sex", "doctor",
-                                "results", "checkedResult", "curve", "detail", "version"})
+    for (const char *table : {"patient", "patientExtra", "exam", "department", "sex", "doctor",
+                              "results", "checkedResult", "curve", "detail", "version"})
         QCOMPARE(database.table(table),
                  emptied.contains(table) ? QStringList() : sound.table(table));
 }
@@ -354,8 +353,8 @@ void TestDataUnmoved::reportsValuesThatAreLeftBehind_data()
                            << QStringList{"Warning: Left 1 values of curve.two words behind"};
     QTest::newRow("detail") << 2
                             << detailsOfPatients
-            + QStringList{"alter table detail add \"the \"\"channel\"\".no\"",
-                          "update detail set \"the \"\"channel\"\".no\" = 5"}
+            + QStringList{R"(alter table detail add "the ""channel"".no")",
+                          R"(update detail set "the ""channel"".no" = 5)"}
                             << QStringList{
                                    "Warning: Left 2 values of detail.the \"channel\".no behind"};
     QTest::newRow("all") << 2
