@@ -460,7 +460,7 @@ Content contentOf(const TestDatabase &database)
         for (const QString &column : *table)
             literals << QString(R"(quote("%1"))").arg(column);
         queries << QString(
-                       "select * from (select json_array('%1', %2) from \"%1\" order by \"%3\")")
+                       R"-(select * from (select json_array('%1', %2) from "%1" order by "%3"))-")
                        .arg(table.key(), literals.join(", "), table->constFirst());
     }
 
