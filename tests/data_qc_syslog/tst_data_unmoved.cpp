@@ -55,6 +55,7 @@ private slots:
     void reportsValuesThatAreLeftBehind_data();
     void reportsValuesThatAreLeftBehind();
     void reportsNoColumnWithoutValues();
+    void knowsCopiedColumnsInOtherLetters();
     void reportsNothingOfAKeptTable();
     void reportsNothingWhenOneOfTwoTablesIsMissing();
 };
@@ -394,6 +395,20 @@ void TestDataUnmoved::reportsNoColumnWithoutValues()
     makeChanged(database, 2,
                 {"alter table result add extra", "alter table curve add extra",
                  "alter table detail add extra text default 'of no row'"});
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(warningsOf(recorder), QStringList());
+}
+
+void TestDataUnmoved::knowsCopiedColumnsInOtherLetters()
+{
+    const TestDatabase database("data.db");
+    makeChanged(database, 2,
+                {"alter table result rename column lowerMarkLimit to LOWERMARKLIMIT",
+                 "alter table curve rename column item to Item"});
     const MessageRecorder recorder;
 
     const bool upgraded = upgrade(database);
