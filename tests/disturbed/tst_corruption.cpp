@@ -449,6 +449,8 @@ QString refusal(const QString &warning)
         return "silent";
     if (warning.contains(" is damaged: "))
         return "damaged";
+    if (warning.contains("The upgrade would damage "))
+        return "would damage";
     if (warning.contains("[ \"pragma integrity_check"))
         return "check fails";
     if (warning.contains("Can't open") || warning.contains("Failed to start"))
@@ -461,6 +463,7 @@ QString form(QString warning)
 {
     static const QList<std::pair<QRegularExpression, QString>> replacements{
         {QRegularExpression(R"(Database .* is damaged: .*)"), "Database … is damaged: …"},
+        {QRegularExpression(R"(would damage .*)"), "would damage …: …"},
         {QRegularExpression(R"(\(\d+\): )"), "(…): "},
         {QRegularExpression(R"(malformed database schema \(.*" : )"),
          R"(malformed database schema (…) - …" : )"},
@@ -654,8 +657,8 @@ void keep(const Files &files, const QString &name)
     files.writeTo(QString(FINDINGS) + '/' + name + ".db");
 }
 
-const QStringList results{"damaged", "check fails", "not opened", "statement fails",
-                          "silent",  "upgraded",    "up to date"};
+const QStringList results{"damaged", "check fails",  "not opened", "statement fails",
+                          "silent",  "would damage", "upgraded",   "up to date"};
 
 using Table = QMap<QString, QMap<QString, int>>; ///< numbers of cases by corruption and result
 
