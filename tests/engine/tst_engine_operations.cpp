@@ -902,7 +902,6 @@ void TestEngineOperations::removeDecimalsWritesNothingWithoutAPoint()
                       " (x'00ff', '1.5', 9e999), (null, null, '上午八点')",
                       "create trigger keep before update on qc"
                       " begin select raise(abort, 'a row was written'); end"});
-    const QStringList before = database.content();
 
     const Outcome outcome = runStep(database, [](StepUpdater &step) {
         return step.removeDecimals("qc", {"time", "printTime"});
@@ -944,7 +943,7 @@ void TestEngineOperations::removeDecimalsFailsWhateverTheRowsHold_data()
     QTest::newRow("view") << "create view qc as select '08:15:30' as time"
                           << "cannot modify qc because it is a view";
     QTest::newRow("computed column") << "create table qc(at, time as (at))"
-                                     << "cannot UPDATE generated column \\\"time\\\"";
+                                     << R"(cannot UPDATE generated column \"time\")";
 }
 
 /// Such a table has never been upgraded; that its rows need no change makes no difference.
