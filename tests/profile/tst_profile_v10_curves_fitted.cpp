@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/// The refit of the stored curves in step 10 with the library itself: curves of every kind of method
+/// The refit of the stored curves in step 10 with the library itself: curves of both methods
 /// whose fit can be told by hand.
 
 #include "messagerecorder.h"
@@ -104,13 +104,6 @@ void TestProfileV10CurvesFitted::refits_data()
         << "1.0, 'today', 3.0, -2.0, NULL, NULL, NULL, 1"
         << QStringList{"1, 1.0, 1000.0, 1000.0, 0", "2, 0.0, 5.0, -1.0, 1",
                        "3, 10.0, 10.0, 10.0, 0", "4, 100.0, 0.1, 0.1, 0"};
-    // y = 1 + 2x + x²
-    QTest::newRow("quadratic")
-        << 1 << 0
-        << "(1, 1, 0, 1, -1, 0), (2, 1, 1, 4, -1, 0), (3, 1, 2, 9, -1, 0), (4, 1, 3, 16, -1, 0)"
-        << "1.0, 'today', 1.0, 2.0, 1.0, NULL, NULL, 1"
-        << QStringList{"1, 0.0, 1.0, 1.0, 0", "2, 1.0, 4.0, 4.0, 0", "3, 2.0, 9.0, 9.0, 0",
-                       "4, 3.0, 16.0, 16.0, 0"};
     // y = 6 + (1 - 6) / (1 + (x/2)^2)
     QTest::newRow("logistic of four parameters")
         << 4 << 0
@@ -131,10 +124,21 @@ void TestProfileV10CurvesFitted::refits_data()
         << 0 << 0 << "(1, 2, 1, 1, -1, 0), (2, 2, 2, 2, -2, 0)"
         << "0.5, 'today', 11.0, 12.0, NULL, NULL, NULL, 0"
         << QStringList{"1, 1.0, 1.0, -1.0, 0", "2, 2.0, 2.0, -2.0, 0"};
-    QTest::newRow("an unknown method keeps all coefficients")
-        << 9 << 0 << "(1, 1, 1, 1, -1, 0), (2, 1, 2, 2, -2, 0)"
-        << "0.5, 'today', 11.0, 12.0, 13.0, 14.0, 15.0, 0"
-        << QStringList{"1, 1.0, 1.0, -1.0, 0", "2, 2.0, 2.0, -2.0, 0"};
+    for (const int method : {1, 2, 3, 5, -1, 99}) {
+        QTest::addRow("unknown method %d keeps all coefficients", method)
+            << method << 0
+            << "(1, 1, 0, 1, -1, 0), (2, 1, 1, 4, -2, 1), (3, 1, 2, 9, -3, 0), (4, 1, 3, 16, -4, 2)"
+            << "0.5, 'today', 11.0, 12.0, 13.0, 14.0, 15.0, 0"
+            << QStringList{"1, 0.0, 1.0, -1.0, 0", "2, 1.0, 4.0, -2.0, 1", "3, 2.0, 9.0, -3.0, 0",
+                           "4, 3.0, 16.0, -4.0, 2"};
+    }
+    // y = 1 + x, with a correlation of 0.7071
+    QTest::newRow("not to be fitted: too low a correlation")
+        << 0 << 0
+        << "(1, 1, 0, 0, -1, 0), (2, 1, 0, 2, -2, 0), (3, 1, 2, 2, -3, 0), (4, 1, 2, 4, -4, 16)"
+        << "0.5, 'today', 11.0, 12.0, NULL, NULL, NULL, 0"
+        << QStringList{"1, 0.0, 0.0, -1.0, 0", "2, 0.0, 2.0, -2.0, 0", "3, 2.0, 2.0, -3.0, 0",
+                       "4, 2.0, 4.0, -4.0, 16"};
     QTest::newRow("an unknown function")
         << 0 << 2 << "(1, 1, 1, 1, -1, 0), (2, 1, 2, 2, -2, 0)"
         << "0.5, 'today', 11.0, 12.0, NULL, NULL, NULL, 0"

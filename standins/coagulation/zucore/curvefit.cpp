@@ -6,10 +6,10 @@
 #include <unsupported/Eigen/SpecialFunctions>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
-#include <numeric>
+#include <optional>
+#include <utility>
 
 namespace coagulation::curvefit {
 
@@ -31,11 +31,11 @@ std::vector<double> toStd(const VectorXd &values)
     return {values.begin(), values.end()};
 }
 
-Eigen::Index countDistinct(std::span<const double> values)
+std::vector<double> sortedDistinct(std::vector<double> values)
 {
-    std::vector<double> sorted(values.begin(), values.end());
-    std::sort(sorted.begin(), sorted.end());
-    return std::unique(sorted.begin(), sorted.end()) - sorted.begin();
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    return values;
 }
 
 double range(const VectorXd &values)
@@ -89,101 +89,44 @@ private:
     Eigen::ColPivHouseholderQR<MatrixXd> decomposition;
 };
 
-std::vector<double> leverages(const ScaledQr &decomposition)
-{
-    return toStd(decomposition.basis().rowwise().squaredNorm());
-}
-
-} // namespace
-
-Fit fitPolynomial(std::span<const double> x, std::span<const double> y, int degree)
+/// \param tangent the derivatives of the fitted values by the coefficients, decomposed
+Fit describe(const VectorXd &coefficients, const VectorXd &fitted, const VectorXd &y,
+             const ScaledQr &tangent)
 {
     Fit fit;
-    const Vector right = view(y);
-    const Eigen::Index columns = degree + 1;
-    if (countDistinct(x) < columns)
-        return fit;
-
-    MatrixXd design(right.size(), columns);
-    design.col(0).setOnes();
-    for (Eigen::Index power = 1; power < columns; ++power)
-        design.col(power) = design.col(power - 1).cwiseProduct(view(x));
-    if (!design.allFinite() || !right.allFinite())
-        return fit;
-
-    const ScaledQr decomposition(design);
-    if (!decomposition.hasFullRank())
-        return fit;
-    VectorXd coefficients = decomposition.solve(right);
-    // one step of refinement, for what the first solution loses to a bad condition
-    coefficients += decomposition.solve(right - design * coefficients);
-
-    const VectorXd fitted = design * coefficients;
-    fit.residualSum = (right - fitted).squaredNorm();
     fit.coefficients = toStd(coefficients);
     fit.fitted = toStd(fitted);
-    fit.leverages = leverages(decomposition);
-    fit.correlation = multipleCorrelation(right, fit.residualSum);
+    fit.leverages = toStd(tangent.basis().rowwise().squaredNorm());
+    fit.residualSum = (y - fitted).squaredNorm();
+    fit.correlation = multipleCorrelation(y, fit.residualSum);
     fit.converged = coefficients.allFinite() && std::isfinite(fit.residualSum);
     return fit;
 }
 
-double polynomial(std::span<const double> coefficients, double x)
-{
-    return std::accumulate(coefficients.rbegin(), coefficients.rend(), 0.0,
-                           [x](double sum, double coefficient) { return sum * x + coefficient; });
-}
+} // namespace
 
-bool isMonotonic(std::span<const double> coefficients, double lower, double upper)
+Fit fitLine(std::span<const double> x, std::span<const double> y)
 {
-    // derivative k1 + k2 t + k3 t² + k4 t³, whose extremes are at the ends and at the zeros of
-    // k2 + 2 k3 t + 3 k4 t²
-    std::array<double, 4> derivative = {};
-    for (std::size_t power = 1; power < coefficients.size(); ++power)
-        derivative.at(power - 1) = static_cast<double>(power) * coefficients[power];
-    std::vector<double> places = {lower, upper};
-    const double constant = derivative[1];
-    const double linear = 2.0 * derivative[2];
-    const double quadratic = 3.0 * derivative[3];
-    const double discriminant = linear * linear - 4.0 * quadratic * constant;
-    if (discriminant >= 0.0) {
-        // without the cancellation of the schoolbook formula
-        const double root = -0.5 * (linear + std::copysign(std::sqrt(discriminant), linear));
-        for (const double place : {root / quadratic, constant / root}) {
-            if (place > lower && place < upper)
-                places.push_back(place);
-        }
-    }
+    const Vector right = view(y);
+    if (!view(x).allFinite() || !right.allFinite()
+        || sortedDistinct({x.begin(), x.end()}).size() < 2)
+        return {};
 
-    double minimum = std::numeric_limits<double>::infinity();
-    double maximum = -minimum;
-    for (const double place : places) {
-        const double slope = polynomial(derivative, place);
-        if (!std::isfinite(slope))
-            return false;
-        minimum = std::min(minimum, slope);
-        maximum = std::max(maximum, slope);
-    }
-    // a slope of 0 at a single place does not stop the rise or fall
-    return (minimum >= 0.0 && maximum > 0.0) || (maximum <= 0.0 && minimum < 0.0);
+    MatrixXd design(right.size(), 2);
+    design << VectorXd::Ones(right.size()), view(x);
+    const ScaledQr decomposition(design);
+    if (!decomposition.hasFullRank())
+        return {};
+    VectorXd coefficients = decomposition.solve(right);
+    // one step of refinement, for what the first solution loses to a bad condition
+    coefficients += decomposition.solve(right - design * coefficients);
+    return describe(coefficients, design * coefficients, right, decomposition);
 }
 
 namespace {
 
-/// The logistic's parameters as they are fitted: c and e through their logarithms, which keeps them
-/// above 0 and makes steps of all five comparable.
-enum Parameter { A, B, LnC, D, LnE, ParameterCount };
-using Parameters = std::array<double, ParameterCount>;
-
-/// What one point contributes: the power g = 1 / (1 + (x / c)^b)^e, so that y = d + (a - d) g, and
-/// its derivatives by the shape.
-struct Shape {
-    double g = 0.0;
-    double oneMinusG = 0.0;
-    double byB = 0.0;
-    double byLnC = 0.0;
-    double byLnE = 0.0;
-};
+/// The parameters of a logistic, c through its logarithm, which keeps it above 0.
+enum Parameter { A, B, LnC, D, ParameterCount };
 
 /// \return the logarithm of x; for x = 0 a number so low that the curve is at its plateau, but finite
 double logarithm(double x)
@@ -191,29 +134,49 @@ double logarithm(double x)
     return x > 0.0 ? std::log(x) : -1.0 / epsilon;
 }
 
-Shape shape(const Parameters &p, double lnX)
-{
-    const double e = std::exp(p[LnE]);
-    const double distance = lnX - p[LnC];
-    const double exponent = p[B] * distance; // of (x / c)^b = exp(exponent)
-    // logarithm of 1 / (1 + exp(exponent)), and exp(exponent) / (1 + exp(exponent)), not overflowing
-    const double decay = std::exp(-std::abs(exponent));
-    const double lnBase = -std::max(exponent, 0.0) - std::log1p(decay);
-    const double complement = (exponent > 0.0 ? 1.0 : decay) / (1.0 + decay);
+/// A logistic at the points: what is left of y, and how the curve changes with its parameters.
+struct Tangent {
+    VectorXd residuals; ///< f(x) - y
+    MatrixXd jacobian;  ///< a row a point, a column a parameter
+};
 
-    Shape result;
-    result.g = std::exp(e * lnBase);
-    result.oneMinusG = -std::expm1(e * lnBase);
-    const double byExponent = -e * result.g * complement;
-    result.byB = byExponent * distance;
-    result.byLnC = -byExponent * p[B];
-    result.byLnE = result.g * lnBase * e;
+Tangent tangent(const VectorXd &parameters, const VectorXd &lnX, const VectorXd &y)
+{
+    const double height = parameters[A] - parameters[D];
+    Tangent result = {VectorXd(y.size()), MatrixXd(y.size(), ParameterCount)};
+    for (Eigen::Index i = 0; i < y.size(); ++i) {
+        const double distance = lnX[i] - parameters[LnC];
+        const double exponent = parameters[B] * distance; // of (x / c)^b = exp(exponent)
+        // the shares of a and of d, not overflowing
+        const double decay = std::exp(-std::abs(exponent));
+        const double ofA = (exponent > 0.0 ? decay : 1.0) / (1.0 + decay);
+        const double ofD = (exponent > 0.0 ? 1.0 : decay) / (1.0 + decay);
+        const double byExponent = -height * ofA * ofD;
+        result.residuals[i] = parameters[A] * ofA + parameters[D] * ofD - y[i];
+        result.jacobian.row(i) << ofA, byExponent * distance, -byExponent * parameters[B], ofD;
+    }
     return result;
 }
 
-/// Residuals and Jacobian of a logistic at the points, by its free parameters, in the form that
-/// Eigen's Levenberg-Marquardt takes.
-class LogisticProblem {
+/// The shape of a logistic without its plateaus: a share g = 1 / (1 + exp(steepness t + shift)) of one
+/// plateau and 1 - g of the other, over the logarithm t of x.
+enum ShapeParameter { LnSteepness, Shift, ShapeParameterCount };
+
+/// A shape at the points, with the plateaus that fit it best.
+struct Projection {
+    bool mirrored = false; ///< g is the share of d, not of a
+    VectorXd g;
+    VectorXd centred;           ///< g less its mean
+    double squaredLength = 0.0; ///< of `centred`
+    double height = 0.0;        ///< of the plateau that g is the share of, over the other
+    VectorXd residuals;         ///< f(x) - y
+};
+
+/// The sum of the squared residuals by the shape alone, in the form that Eigen's Levenberg-Marquardt
+/// takes. The plateaus are linear in the model: with the shape given, the best ones need no search.
+/// Source: Golub and Pereyra, SIAM J. Numer. Anal. 10 (1973) 413-432; the derivatives are those of
+/// Kaufman, BIT 15 (1975) 49-57.
+class ShapeProblem {
 public:
     using Scalar = double;
     using InputType = VectorXd;
@@ -221,343 +184,305 @@ public:
     using JacobianType = MatrixXd;
     enum { InputsAtCompileTime = Eigen::Dynamic, ValuesAtCompileTime = Eigen::Dynamic };
 
-    /// \param fixedValues the values of the parameters that are not free are taken from it
-    LogisticProblem(const VectorXd &pointLnX, const VectorXd &pointY, const Parameters &fixedValues,
-                    const std::vector<Parameter> &freeParameters)
-        : lnX(pointLnX)
-        , y(pointY)
-        , fixed(fixedValues)
-        , free(freeParameters)
+    ShapeProblem(VectorXd pointT, const VectorXd &y)
+        : t(std::move(pointT))
+        , yMean(y.mean())
+        , centredY(y.array() - yMean)
     {
     }
 
-    int inputs() const { return static_cast<int>(free.size()); }
-    int values() const { return static_cast<int>(y.size()); }
+    int inputs() const { return ShapeParameterCount; }
+    int values() const { return static_cast<int>(t.size()); }
 
-    Parameters parameters(const VectorXd &values) const
+    Projection project(const VectorXd &shape) const
     {
-        Parameters parameters = fixed;
-        for (std::size_t i = 0; i < free.size(); ++i)
-            parameters.at(free[i]) = values[static_cast<Eigen::Index>(i)];
-        return parameters;
+        Projection result;
+        // Before a rise beyond the points 1 - g is small and keeps the digits that g loses.
+        result.mirrored = shape[Shift] < 0.0;
+        const double sign = result.mirrored ? -1.0 : 1.0;
+        const double steepness = std::exp(shape[LnSteepness]);
+        result.g = 1.0 / (1.0 + (sign * (steepness * t.array() + shape[Shift])).exp());
+        result.centred = result.g.array() - result.g.mean();
+        result.squaredLength = result.centred.squaredNorm();
+        // below this only rounding is left of the rise
+        if (result.squaredLength > epsilon * result.g.squaredNorm())
+            result.height = result.centred.dot(centredY) / result.squaredLength;
+        result.residuals = result.height * result.centred - centredY;
+        return result;
     }
 
-    VectorXd values(const Parameters &parameters) const
+    int operator()(const VectorXd &shape, VectorXd &residuals) const
     {
-        VectorXd values(inputs());
-        for (std::size_t i = 0; i < free.size(); ++i)
-            values[static_cast<Eigen::Index>(i)] = parameters.at(free[i]);
-        return values;
+        residuals = project(shape).residuals;
+        return 0;
     }
 
-    /// Residuals f(x) - y.
-    int operator()(const VectorXd &values, VectorXd &residuals) const
+    int df(const VectorXd &shape, MatrixXd &jacobian) const
     {
-        const Parameters p = parameters(values);
-        for (Eigen::Index i = 0; i < y.size(); ++i) {
-            const Shape at = shape(p, lnX[i]);
-            residuals[i] = p[A] * at.g + p[D] * at.oneMinusG - y[i];
+        const Projection at = project(shape);
+        const double sign = at.mirrored ? -1.0 : 1.0;
+        jacobian.col(Shift) = -sign * at.height * at.g.array() * (1.0 - at.g.array());
+        jacobian.col(LnSteepness) =
+            std::exp(shape[LnSteepness]) * jacobian.col(Shift).cwiseProduct(t);
+        if (at.height == 0.0)
+            return 0;
+        for (auto column : jacobian.colwise()) { // less what the plateaus take up
+            column.array() -= column.mean();
+            column -= at.centred * (at.centred.dot(column) / at.squaredLength);
         }
         return 0;
     }
 
-    int df(const VectorXd &values, MatrixXd &jacobian) const
+    /// \return the plateaus a and d
+    std::pair<double, double> plateaus(const VectorXd &shape) const
     {
-        const Parameters p = parameters(values);
-        const double height = p[A] - p[D];
-        for (Eigen::Index i = 0; i < y.size(); ++i) {
-            const Shape at = shape(p, lnX[i]);
-            const std::array<double, ParameterCount> row = {
-                at.g, height * at.byB, height * at.byLnC, at.oneMinusG, height * at.byLnE};
-            for (std::size_t k = 0; k < free.size(); ++k)
-                jacobian(i, static_cast<Eigen::Index>(k)) = row.at(free[k]);
-        }
-        return 0;
+        const Projection at = project(shape);
+        const double base = yMean - at.height * at.g.mean();
+        const double top = base + at.height;
+        return at.mirrored ? std::pair(base, top) : std::pair(top, base);
     }
 
 private:
-    const VectorXd &lnX;
-    const VectorXd &y;
-    Parameters fixed;
-    const std::vector<Parameter> &free;
+    VectorXd t;
+    double yMean;
+    VectorXd centredY;
 };
 
-/// Fits a logistic from several starts and keeps the best minimum.
+/// \return whether no neighbour is lower; the first of equal neighbours counts as the lowest
+bool isLocalMinimum(const MatrixXd &sums, Eigen::Index row, Eigen::Index column)
+{
+    const double sum = sums(row, column);
+    const Eigen::Index lastRow = std::min(row + 1, sums.rows() - 1);
+    const Eigen::Index lastColumn = std::min(column + 1, sums.cols() - 1);
+    for (Eigen::Index i = std::max<Eigen::Index>(row - 1, 0); i <= lastRow; ++i) {
+        for (Eigen::Index k = std::max<Eigen::Index>(column - 1, 0); k <= lastColumn; ++k) {
+            const bool isBefore = std::pair(i, k) < std::pair(row, column);
+            if (sums(i, k) < sum || (isBefore && sums(i, k) == sum))
+                return false;
+        }
+    }
+    return true;
+}
+
+/// Fits a logistic from many starts and keeps the least minimum.
 class LogisticFitter {
 public:
     /// \param pointLnX, pointY finite, the same number of each
-    LogisticFitter(VectorXd pointLnX, VectorXd pointY, bool isAsymmetric,
-                   const FixedPlateaus &plateaus);
+    /// \param distinctLnX those of x above 0, ascending, 2 or more
+    LogisticFitter(VectorXd pointLnX, VectorXd pointY, const std::vector<double> &distinctLnX);
 
-    /// \param signs of b to start with
-    /// \return nothing when no start led to a minimum
-    std::optional<Parameters> fit(std::initializer_list<double> signs) const;
-
-    /// Residuals and so on of the fit that fit() found.
-    Fit describe(const Parameters &parameters) const;
+    /// \return the parameters; nothing unless the least sum is that of a minimum
+    std::optional<VectorXd> fit() const;
 
 private:
-    struct Candidate {
-        Parameters parameters;
+    /// Where a search came to.
+    struct End {
+        VectorXd shape;
         double residualSum;
     };
 
-    Candidate withBestPlateaus(double b, double lnC, double lnE) const;
-    std::vector<Candidate> starts(double sign) const;
-    std::optional<Candidate> minimise(const Parameters &start) const;
-    bool isMinimum(const LogisticProblem &problem, const VectorXd &values) const;
+    std::vector<VectorXd> starts() const;
+    std::vector<double> places(double steepness) const;
+    End search(VectorXd shape, int evaluations) const;
+    VectorXd parameters(const VectorXd &shape) const;
+    bool isMinimum(const VectorXd &parameters) const;
+    double roundingSum() const;
 
     VectorXd lnX;
     VectorXd y;
-    double lowest;  ///< of the lnX of x > 0
-    double highest; ///< of the lnX of x > 0
-    FixedPlateaus fixed;
-    std::vector<Parameter> free;
-    bool asymmetric;
+    double middle;                ///< of the distinct logarithms
+    double width;                 ///< of their range
+    std::vector<double> distinct; ///< scaled to -0.5 … 0.5
+    ShapeProblem problem;
 };
 
-LogisticFitter::LogisticFitter(VectorXd pointLnX, VectorXd pointY, bool isAsymmetric,
-                               const FixedPlateaus &plateaus)
+LogisticFitter::LogisticFitter(VectorXd pointLnX, VectorXd pointY,
+                               const std::vector<double> &distinctLnX)
     : lnX(std::move(pointLnX))
     , y(std::move(pointY))
-    , lowest(lnX.maxCoeff())
-    , highest(lnX.maxCoeff())
-    , fixed(plateaus)
-    , asymmetric(isAsymmetric)
+    , middle(0.5 * (distinctLnX.front() + distinctLnX.back()))
+    , width(distinctLnX.back() - distinctLnX.front())
+    , problem((lnX.array() - middle) / width, y)
 {
-    for (const double value : lnX) {
-        if (value > logarithm(0.0))
-            lowest = std::min(lowest, value);
-    }
-    if (!fixed.a)
-        free.push_back(A);
-    free.insert(free.end(), {B, LnC});
-    if (!fixed.d)
-        free.push_back(D);
-    if (asymmetric)
-        free.push_back(LnE);
+    for (const double value : distinctLnX)
+        distinct.push_back((value - middle) / width);
 }
 
-/// The plateaus are linear in the model: with the shape given, the best ones need no search.
-LogisticFitter::Candidate LogisticFitter::withBestPlateaus(double b, double lnC, double lnE) const
+/// \return where the rise may be: between the points, closer to each other near a point, and beyond
+///         them by multiples of the rise's own width
+std::vector<double> LogisticFitter::places(double steepness) const
 {
-    Candidate candidate = {{0.0, b, lnC, 0.0, lnE}, 0.0};
-    Parameters &p = candidate.parameters;
-    const VectorXd g = lnX.unaryExpr([&](double value) { return shape(p, value).g; });
-    const VectorXd h = VectorXd::Ones(g.size()) - g;
-    if (fixed.a && fixed.d) {
-        p[A] = *fixed.a;
-        p[D] = *fixed.d;
-    } else if (fixed.a) {
-        p[A] = *fixed.a;
-        p[D] = h.dot(y - *fixed.a * g) / h.squaredNorm();
-    } else if (fixed.d) {
-        p[D] = *fixed.d;
-        p[A] = g.dot(y - *fixed.d * h) / g.squaredNorm();
-    } else {
-        const VectorXd centred = g.array() - g.mean();
-        const double height = centred.dot(y) / centred.squaredNorm();
-        p[D] = y.mean() - height * g.mean();
-        p[A] = p[D] + height;
+    std::vector<double> places;
+    for (const double exponent : {16.0, 8.0, 4.0, 2.0, 1.0})
+        places.push_back(distinct.front() - exponent / steepness);
+    for (std::size_t i = 1; i < distinct.size(); ++i) {
+        for (const double share : {0.0, 1.0 / 18.0, 1.0 / 6.0, 0.5, 5.0 / 6.0, 17.0 / 18.0})
+            places.push_back(std::lerp(distinct[i - 1], distinct[i], share));
     }
-    candidate.residualSum = (p[A] * g + p[D] * h - y).squaredNorm();
-    return candidate;
+    places.push_back(distinct.back());
+    for (const double exponent : {1.0, 2.0, 4.0, 8.0, 16.0})
+        places.push_back(distinct.back() + exponent / steepness);
+    return places;
 }
 
-/// \return starts, the one that the data suggest first, then ones spread over the range of the
-///         points, the best first
-std::vector<LogisticFitter::Candidate> LogisticFitter::starts(double sign) const
+/// \return the shapes of a lattice, by steepness and by place, whose sum is not above that of their
+///         neighbours. The lattice is so fine that each minimum of the sum has one of them nearby
+std::vector<VectorXd> LogisticFitter::starts() const
 {
-    // half response: between the two neighbours where y crosses the middle of its range
-    std::vector<Eigen::Index> order(static_cast<std::size_t>(lnX.size()));
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [this](auto i, auto k) { return lnX[i] < lnX[k]; });
-    const double middle = 0.5 * (y.minCoeff() + y.maxCoeff());
-    double halfResponse = 0.5 * (lowest + highest);
-    for (std::size_t i = 1; i < order.size(); ++i) {
-        const double before = y[order[i - 1]] - middle;
-        const double after = y[order[i]] - middle;
-        if (before * after <= 0.0 && before != after) {
-            const double left = std::max(lnX[order[i - 1]], lowest);
-            halfResponse = left + (lnX[order[i]] - left) * before / (before - after);
-            break;
-        }
-    }
+    constexpr double lowest = 0.3;   // almost a straight line over all points
+    constexpr double highest = 30.0; // almost a step in the smallest gap between two points
+    constexpr double ratio = 1.5;
+    double gap = 1.0;
+    for (std::size_t i = 1; i < distinct.size(); ++i)
+        gap = std::min(gap, distinct[i] - distinct[i - 1]);
+    const auto levels =
+        static_cast<Eigen::Index>(std::log(highest / gap / lowest) / std::log(ratio)) + 2;
 
-    // the rise takes about 4 / b on the logarithmic axis
-    const double width = highest - lowest;
-    std::vector<Candidate> starts;
-    for (const double place : {-0.25, 0.0, 0.25, 0.5, 0.75, 1.0, 1.25}) {
-        for (const double steepness : {2.0, 6.0, 18.0}) {
-            const double b = sign * steepness / width;
-            const double lnC = lowest + place * width;
-            starts.push_back(withBestPlateaus(b, lnC, 0.0));
-            if (asymmetric) {
-                starts.push_back(withBestPlateaus(b, lnC, -1.5));
-                starts.push_back(withBestPlateaus(b, lnC, 1.5));
-            }
+    std::vector<std::vector<VectorXd>> lattice;
+    MatrixXd sums(levels, static_cast<Eigen::Index>(places(1.0).size()));
+    for (Eigen::Index level = 0; level < levels; ++level) {
+        const double steepness = lowest * std::pow(ratio, level);
+        std::vector<VectorXd> &shapes = lattice.emplace_back();
+        for (const double place : places(steepness)) {
+            const auto column = static_cast<Eigen::Index>(shapes.size());
+            shapes.push_back(Eigen::Vector2d(std::log(steepness), -steepness * place));
+            sums(level, column) = problem.project(shapes.back()).residuals.squaredNorm();
         }
     }
-    std::erase_if(starts, [](const Candidate &start) { return !std::isfinite(start.residualSum); });
-    std::sort(starts.begin(), starts.end(), [](const Candidate &left, const Candidate &right) {
-        return left.residualSum < right.residualSum;
-    });
-    starts.insert(starts.begin(), withBestPlateaus(sign * 6.0 / width, halfResponse, 0.0));
+    std::vector<VectorXd> starts;
+    for (Eigen::Index level = 0; level < sums.rows(); ++level) {
+        for (Eigen::Index column = 0; column < sums.cols(); ++column) {
+            if (isLocalMinimum(sums, level, column))
+                starts.push_back(
+                    lattice[static_cast<std::size_t>(level)][static_cast<std::size_t>(column)]);
+        }
+    }
     return starts;
 }
 
 /// A minimum by its gradient and by the step to it, whatever made the search stop.
-bool LogisticFitter::isMinimum(const LogisticProblem &problem, const VectorXd &values) const
+bool LogisticFitter::isMinimum(const VectorXd &parameters) const
 {
     // Parameters that the points do not determine make a fit worthless: one that is almost a
     // combination of the others, or one whose change by its own size (of the height for a plateau, e
-    // times for c and e) moves no point by this part of the height.
+    // times for c) moves no point by this part of the height.
     constexpr double rankThreshold = 1e-10;
     constexpr double influenceThreshold = 1e-6;
     // The relative offset of Bates and Watts, Technometrics 23 (1981) 179-183: how much of the
     // residuals a linear step could still remove.
     constexpr double offsetTolerance = 1e-6;
-    constexpr double stepTolerance = 1e-6;  // relative to the parameters, in the unit of y
-    constexpr double residualFloor = 1e-13; // of the range of y: nothing but rounding is left
+    constexpr double stepTolerance = 1e-6; // relative to the parameters, in the unit of y
 
-    VectorXd residuals(y.size());
-    MatrixXd jacobian(y.size(), values.size());
-    problem(values, residuals);
-    problem.df(values, jacobian);
-    if (!values.allFinite() || !residuals.allFinite() || !jacobian.allFinite())
+    const Tangent at = tangent(parameters, lnX, y);
+    if (!parameters.allFinite() || !at.residuals.allFinite() || !at.jacobian.allFinite())
         return false;
-    const ScaledQr decomposition(jacobian, rankThreshold);
+    const ScaledQr decomposition(at.jacobian, rankThreshold);
     if (!decomposition.hasFullRank())
         return false;
 
     const VectorXd &lengths = decomposition.columnLengths();
-    const Parameters p = problem.parameters(values);
-    const double height = std::abs(p[A] - p[D]);
+    const double height = std::abs(parameters[A] - parameters[D]);
     const VectorXd influences =
-        lengths.cwiseProduct(problem.values(Parameters{height, std::abs(p[B]), 1.0, height, 1.0}));
+        lengths.cwiseProduct(Eigen::Vector4d(height, parameters[B], 1.0, height));
     if (influences.minCoeff() < influenceThreshold * height)
         return false;
 
-    const double removable = (decomposition.basis().transpose() * residuals).norm();
-    const VectorXd step = decomposition.solve(residuals);
-    const bool flat = removable <= offsetTolerance * residuals.norm()
-        || removable <= residualFloor * range(y) * std::sqrt(static_cast<double>(y.size()));
-    const bool still =
-        step.cwiseProduct(lengths).norm() <= stepTolerance * values.cwiseProduct(lengths).norm();
+    const double removable = (decomposition.basis().transpose() * at.residuals).norm();
+    const VectorXd step = decomposition.solve(at.residuals);
+    const bool flat = removable <= offsetTolerance * at.residuals.norm()
+        || removable * removable <= roundingSum();
+    const bool still = step.cwiseProduct(lengths).norm()
+        <= stepTolerance * parameters.cwiseProduct(lengths).norm();
     return flat && still;
 }
 
-std::optional<LogisticFitter::Candidate> LogisticFitter::minimise(const Parameters &start) const
+/// \return a sum of squared residuals of which nothing but rounding is left
+double LogisticFitter::roundingSum() const
 {
-    LogisticProblem problem(lnX, y, start, free);
-    VectorXd values = problem.values(start);
-    Eigen::LevenbergMarquardt<LogisticProblem> search(problem);
+    constexpr double residualFloor = 1e-13; // of the range of y
+    return std::pow(residualFloor * range(y), 2) * static_cast<double>(y.size());
+}
+
+LogisticFitter::End LogisticFitter::search(VectorXd shape, int evaluations) const
+{
+    ShapeProblem searched = problem; // Eigen wants to change it
+    Eigen::LevenbergMarquardt<ShapeProblem> search(searched);
     search.parameters.ftol = epsilon;
     search.parameters.xtol = epsilon;
-    search.parameters.maxfev = 300;
-    search.minimize(values);
-    if (!isMinimum(problem, values))
-        return std::nullopt;
-
-    VectorXd residuals(y.size());
-    problem(values, residuals);
-    return Candidate{problem.parameters(values), residuals.squaredNorm()};
+    search.parameters.maxfev = evaluations;
+    // Both parameters of a shape have the same natural unit. Steps that are scaled by the derivatives
+    // instead would be endless where the sum does not change.
+    search.parameters.factor = 1.0;
+    search.useExternalScaling = true;
+    search.diag = VectorXd::Ones(ShapeParameterCount);
+    search.minimize(shape);
+    const double residualSum = problem.project(shape).residuals.squaredNorm();
+    return {std::move(shape), residualSum};
 }
 
-std::optional<Parameters> LogisticFitter::fit(std::initializer_list<double> signs) const
+VectorXd LogisticFitter::parameters(const VectorXd &shape) const
 {
-    constexpr std::size_t always = 3;  // starts that are tried even when the first led to a minimum
-    constexpr std::size_t atMost = 12; // starts that are tried while none led to a minimum
+    const auto [a, d] = problem.plateaus(shape);
+    const double b = std::exp(shape[LnSteepness]) / width;
+    return Eigen::Vector4d(a, b, middle - shape[Shift] / b, d);
+}
 
-    std::optional<Candidate> best;
-    for (const double sign : signs) {
-        std::size_t tried = 0;
-        bool found = false;
-        for (const Candidate &start : starts(sign)) {
-            if (tried >= atMost || (tried >= always && found))
-                break;
-            ++tried;
-            const std::optional<Candidate> minimum = minimise(start.parameters);
-            found = found || minimum;
-            if (minimum && (!best || minimum->residualSum < best->residualSum))
-                best = minimum;
-        }
+std::optional<VectorXd> LogisticFitter::fit() const
+{
+    constexpr int usual = 200;     // evaluations: enough to tell which end is the lowest
+    constexpr int thorough = 1000; // enough for a minimum in a narrow valley
+    constexpr double lead = 1e-6;  // of the lowest end, relative, over a minimum that is refused
+
+    std::vector<End> ends;
+    for (VectorXd &start : starts())
+        ends.push_back(search(std::move(start), usual));
+    std::erase_if(ends, [](const End &end) { return !std::isfinite(end.residualSum); });
+    std::sort(ends.begin(), ends.end(), [](const End &left, const End &right) {
+        return left.residualSum < right.residualSum;
+    });
+    for (const End &end : ends) {
+        if (end.residualSum > ends.front().residualSum * (1.0 + lead) + roundingSum())
+            break;
+        const VectorXd found = parameters(search(end.shape, thorough).shape);
+        if (isMinimum(found))
+            return found;
     }
-    return best ? std::optional(best->parameters) : std::nullopt;
-}
-
-Fit LogisticFitter::describe(const Parameters &parameters) const
-{
-    const LogisticProblem problem(lnX, y, parameters, free);
-    const VectorXd values = problem.values(parameters);
-    VectorXd residuals(y.size());
-    MatrixXd jacobian(y.size(), values.size());
-    problem(values, residuals);
-    problem.df(values, jacobian);
-
-    Fit fit;
-    fit.fitted = toStd(y + residuals);
-    fit.leverages = leverages(ScaledQr(jacobian));
-    fit.residualSum = residuals.squaredNorm();
-    fit.correlation = multipleCorrelation(y, fit.residualSum);
-    return fit;
-}
-
-Fit fitLogistic(std::span<const double> x, std::span<const double> y, bool asymmetric,
-                const FixedPlateaus &plateaus)
-{
-    const Vector values = view(y);
-    const auto parameterCount =
-        4 + (asymmetric ? 1 : 0) - (plateaus.a ? 1 : 0) - (plateaus.d ? 1 : 0);
-    if (countDistinct(x) < parameterCount || !view(x).allFinite() || !values.allFinite()
-        || range(values) == 0.0)
-        return {};
-
-    // a power of two: y keeps all its digits, and its square neither overflows nor vanishes
-    const double unit = std::ldexp(1.0, std::ilogb(values.cwiseAbs().maxCoeff()));
-    FixedPlateaus fixed;
-    if (plateaus.a)
-        fixed.a = *plateaus.a / unit;
-    if (plateaus.d)
-        fixed.d = *plateaus.d / unit;
-    const LogisticFitter fitter(view(x).unaryExpr(&logarithm), values / unit, asymmetric, fixed);
-    std::optional<Parameters> found = asymmetric ? fitter.fit({1.0, -1.0}) : fitter.fit({1.0});
-    if (!found)
-        return {};
-
-    Fit fit = fitter.describe(*found);
-    Parameters &p = *found;
-    if (!asymmetric && p[B] < 0.0) {
-        // the same curve, read from its other end
-        p[B] = -p[B];
-        std::swap(p[A], p[D]);
-    }
-    fit.coefficients = {p[A] * unit, p[B], std::exp(p[LnC]), p[D] * unit};
-    if (asymmetric)
-        fit.coefficients.push_back(std::exp(p[LnE]));
-    for (double &value : fit.fitted)
-        value *= unit;
-    fit.residualSum *= unit * unit;
-    fit.converged = view(fit.coefficients).allFinite() && fit.coefficients[2] > 0.0 && p[A] != p[D];
-    return fit;
+    return std::nullopt;
 }
 
 } // namespace
 
-double Logistic::operator()(double x) const
+Fit fitLogistic(std::span<const double> x, std::span<const double> y)
 {
-    const Shape at = shape({a, b, std::log(c), d, std::log(e)}, logarithm(x));
-    return a * at.g + d * at.oneMinusG;
-}
+    const Vector values = view(y);
+    if (!view(x).allFinite() || !values.allFinite())
+        return {};
+    const VectorXd lnX = view(x).unaryExpr(&logarithm);
+    std::vector<double> distinct = sortedDistinct(toStd(lnX));
+    if (distinct.size() < ParameterCount || range(values) == 0.0)
+        return {};
+    if (distinct.front() == logarithm(0.0))
+        distinct.erase(distinct.begin());
 
-Fit fitLogistic4(std::span<const double> x, std::span<const double> y, const FixedPlateaus &fixed)
-{
-    return fitLogistic(x, y, false, fixed);
-}
+    // a power of two: y keeps all its digits, and its square neither overflows nor vanishes
+    const double unit = std::ldexp(1.0, std::ilogb(values.cwiseAbs().maxCoeff()));
+    const VectorXd scaledY = values / unit;
+    const std::optional<VectorXd> found = LogisticFitter(lnX, scaledY, distinct).fit();
+    if (!found)
+        return {};
 
-Fit fitLogistic5(std::span<const double> x, std::span<const double> y, const FixedPlateaus &fixed)
-{
-    return fitLogistic(x, y, true, fixed);
+    const VectorXd &p = *found;
+    const Tangent at = tangent(p, lnX, scaledY);
+    const Eigen::Vector4d coefficients(p[A], p[B], std::exp(p[LnC]), p[D]);
+    Fit fit = describe(coefficients, scaledY + at.residuals, scaledY, ScaledQr(at.jacobian));
+    fit.coefficients[A] *= unit;
+    fit.coefficients[D] *= unit;
+    for (double &value : fit.fitted)
+        value *= unit;
+    fit.residualSum *= unit * unit;
+    fit.converged =
+        view(fit.coefficients).allFinite() && fit.coefficients[LnC] > 0.0 && p[A] != p[D];
+    return fit;
 }
 
 std::vector<bool> findOutliers(const Fit &fit, std::span<const double> y)

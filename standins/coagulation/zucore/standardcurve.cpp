@@ -21,12 +21,7 @@ bool isKnown(zu::Function function)
 
 bool isKnown(zu::RegressionMethod method)
 {
-    return method >= zu::RegressionMethod::Linear && method <= zu::RegressionMethod::Logistic5;
-}
-
-bool isLogistic(zu::RegressionMethod method)
-{
-    return method == zu::RegressionMethod::Logistic4 || method == zu::RegressionMethod::Logistic5;
+    return method == zu::RegressionMethod::Linear || method == zu::RegressionMethod::Logistic4;
 }
 
 double apply(zu::Function function, double value)
@@ -44,28 +39,10 @@ double invert(zu::Function function, double value)
 /// \return x as the curve takes it
 double transformX(zu::RegressionMethod method, zu::Function function, double x)
 {
-    if (!isLogistic(method))
+    if (method == zu::RegressionMethod::Linear)
         return apply(function, x);
     const bool defined = function == zu::Function::Log ? x > 0.0 : x >= 0.0;
     return defined ? x : undefined;
-}
-
-curvefit::Fit fit(zu::RegressionMethod method, const std::vector<double> &x,
-                  const std::vector<double> &y)
-{
-    if (method == zu::RegressionMethod::Logistic4)
-        return curvefit::fitLogistic4(x, y);
-    if (method == zu::RegressionMethod::Logistic5)
-        return curvefit::fitLogistic5(x, y);
-    return curvefit::fitPolynomial(x, y, static_cast<int>(method) + 1);
-}
-
-/// A calibration that is not monotonic cannot be read back. Every logistic curve is.
-bool isMonotonic(zu::RegressionMethod method, const curvefit::Fit &fit,
-                 const std::vector<double> &x)
-{
-    const auto [lowest, highest] = std::minmax_element(x.begin(), x.end());
-    return isLogistic(method) || curvefit::isMonotonic(fit.coefficients, *lowest, *highest);
 }
 
 } // namespace
@@ -90,14 +67,8 @@ int StandardCurve::coefficientCount() const
     switch (m_method) {
     case zu::RegressionMethod::Linear:
         return 2;
-    case zu::RegressionMethod::Quadratic:
-        return 3;
-    case zu::RegressionMethod::Cubic:
     case zu::RegressionMethod::Logistic4:
         return 4;
-    case zu::RegressionMethod::Quartic:
-    case zu::RegressionMethod::Logistic5:
-        return 5;
     }
     return 5;
 }
@@ -120,9 +91,11 @@ void StandardCurve::update()
             used.push_back(i);
         }
     }
-    const curvefit::Fit fitted = fit(m_method, x, y);
-    if (!fitted.converged || !std::isfinite(fitted.correlation)
-        || !isMonotonic(m_method, fitted, x))
+    const curvefit::Fit fitted = m_method == zu::RegressionMethod::Linear
+        ? curvefit::fitLine(x, y)
+        : curvefit::fitLogistic(x, y);
+    // which refuses what is not a number, too
+    if (!fitted.converged || !(fitted.correlation >= minimumCorrelation))
         return;
     std::vector<double> z;
     for (const double value : fitted.fitted)

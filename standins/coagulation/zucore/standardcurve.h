@@ -15,11 +15,16 @@ class Workbench;
 
 /// A standard curve: the points of a calibration and the curve fitted to them.
 ///
-/// Stands in for the maker's class behind the same interface. The order of the coefficients and the
-/// numbers of the methods are this library's own; only 0 (linear) and 4 (four-parameter logistic) are
-/// known to be the maker's.
+/// Stands in for the maker's class behind the same interface. It fits the two methods that are known to
+/// be the maker's, 0 (linear) and 4 (four-parameter logistic). The order of the coefficients is this
+/// library's own.
 class StandardCurve : public QObject {
 public:
+    /// The smallest correlation of a valid curve. Below it the curve leaves about a tenth of the variance
+    /// of y unexplained (1 - R²). A usable calibration leaves less than a hundredth: one with a tenth has
+    /// wrong points or the wrong method, and would give wrong results.
+    static constexpr double minimumCorrelation = 0.95;
+
     explicit StandardCurve(Workbench *workbench, QObject *parent = nullptr);
 
     QString name() const { return m_name; }
@@ -68,9 +73,10 @@ public:
     void setValid(bool valid);
 
     /// Fits the curve to its points. It is valid when the method and both functions are known, when
-    /// the points determine it and when it is strictly monotonic over them. Then coefficients,
-    /// correlation and each point's z and flags are the fit's. Otherwise all of them stay as they were
-    /// set, and only isValid() changes.
+    /// the points determine it, when no other curve of the method explains them better, and from
+    /// minimumCorrelation on. Such a curve is strictly monotonic: of these methods only a level line is
+    /// not, and its correlation is 0. Then coefficients, correlation and each point's z and flags are
+    /// the fit's. Otherwise all of them stay as they were set, and only isValid() changes.
     ///
     /// A point is flagged as excluded and keeps its z if a function is undefined there: 0 or less under
     /// a logarithm, x below 0 for a logistic curve, or a number that is not finite.

@@ -12,14 +12,10 @@ enum class Function : int {
 };
 
 /// How a standard curve is fitted to its points. The functions of the axes apply to y and to x. Only
-/// the logistic curves take x as it is: their formula already works on its logarithm.
+/// the logistic curve takes x as it is: its formula already works on its logarithm.
 enum class RegressionMethod : int {
     Linear = 0,    ///< k0 + k1 x
-    Quadratic = 1, ///< k0 + k1 x + k2 x²
-    Cubic = 2,     ///< up to k3 x³
-    Quartic = 3,   ///< up to k4 x⁴
     Logistic4 = 4, ///< d + (a - d) / (1 + (x / c)^b), coefficients a, b, c, d
-    Logistic5 = 5, ///< d + (a - d) / (1 + (x / c)^b)^e, coefficients a, b, c, d, e
 };
 
 } // namespace zu
