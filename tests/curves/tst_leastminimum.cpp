@@ -149,8 +149,9 @@ private:
             grid.push_back(places.front() - distance);
             grid.push_back(places.back() + distance);
         }
-        for (double place = places.front(); place <= places.back(); place += 0.25 * gap)
-            grid.push_back(place);
+        const auto quarters = 4 * (places.size() - 1);
+        for (std::size_t i = 0; i <= quarters; ++i)
+            grid.push_back(places.front() + 0.25 * gap * static_cast<double>(i));
         return grid;
     }
 
@@ -241,7 +242,7 @@ private:
         const auto decomposition =
             Eigen::MatrixXd(jacobian * influences.cwiseInverse().asDiagonal())
                 .jacobiSvd(Eigen::ComputeThinU);
-        const VectorXd singular = decomposition.singularValues();
+        const VectorXd &singular = decomposition.singularValues();
         const VectorXd left = residuals(shape);
         const double removable = (decomposition.matrixU().transpose() * left).norm();
         return singular[3] > 1e-4 * singular[0]

@@ -326,7 +326,8 @@ std::vector<double> LogisticFitter::places(double steepness) const
 }
 
 /// \return the shapes of a lattice, by steepness and by place, whose sum is not above that of their
-///         neighbours. The lattice is so fine that each minimum of the sum has one of them nearby
+///         neighbours. The lattice is fine enough to have one near each minimum: a test compares the
+///         fit with a search from some thousand starts
 std::vector<VectorXd> LogisticFitter::starts() const
 {
     constexpr double lowest = 0.3;   // almost a straight line over all points
@@ -345,7 +346,7 @@ std::vector<VectorXd> LogisticFitter::starts() const
         std::vector<VectorXd> &shapes = lattice.emplace_back();
         for (const double place : places(steepness)) {
             const auto column = static_cast<Eigen::Index>(shapes.size());
-            shapes.push_back(Eigen::Vector2d(std::log(steepness), -steepness * place));
+            shapes.emplace_back(Eigen::Vector2d(std::log(steepness), -steepness * place));
             sums(level, column) = problem.project(shapes.back()).residuals.squaredNorm();
         }
     }
