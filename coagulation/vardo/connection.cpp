@@ -15,6 +15,11 @@ QSqlDatabase connection()
     return QSqlDatabase::database(QSqlDatabase::defaultConnection, false);
 }
 
+QString quoted(QString name)
+{
+    return '"' + name.replace('"', "\"\"") + '"';
+}
+
 QSqlError openConnection()
 {
     QSqlDatabase database = connection();

@@ -9,6 +9,9 @@ namespace coagulation {
 
 QSqlDatabase connection();
 
+/// \return a name as it stands in a statement
+QString quoted(QString name);
+
 /// Opens the connection, whose file is set, for the steps.
 /// \return an invalid error when it is open
 QSqlError openConnection();

@@ -41,6 +41,17 @@ QMap<int, QMetaMethod> findSteps(const QMetaObject &metaObject)
     return steps;
 }
 
+/// \param names of the columns, in their order; ignored unless there is one for each
+QSqlRecord withNames(QSqlRecord record, const QStringList &names)
+{
+    for (int i = 0; i < record.count() && names.size() == record.count(); ++i) {
+        QSqlField field = record.field(i);
+        field.setName(names.at(i));
+        record.replace(i, field);
+    }
+    return record;
+}
+
 QSqlRecord withoutColumns(QSqlRecord record, const QStringList &columns)
 {
     for (const QString &column : columns)
@@ -390,7 +401,7 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     if (!rows.next())
         return true;
 
-    QSqlRecord row = withoutColumns(rows.record(), excluded);
+    QSqlRecord row = withoutColumns(withNames(rows.record(), columnsOf(from)), excluded);
     setDefaults(row, defaults);
     rows.finish();
     if (!verifyTransaction())
@@ -400,7 +411,7 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     QVariantList bound;
     for (int i = 0; i < row.count(); ++i) {
         const QString name = row.fieldName(i);
-        columns << connection().driver()->escapeIdentifier(name, QSqlDriver::FieldName);
+        columns << quoted(name);
         if (defaults.contains(name)) {
             values << "?";
             bound << row.value(i);

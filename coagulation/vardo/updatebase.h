@@ -175,6 +175,9 @@ private:
     /// SQLite reports this only when the query is finished, and the driver does not pass it on.
     /// \return false when the run was abandoned, now or before
     [[nodiscard]] bool verifyTransaction();
+    /// \return the columns of a table or view, named as they are: the driver leaves out quotation marks and
+    ///         brackets around a name
+    [[nodiscard]] QStringList columnsOf(const QString &table);
     /// \return the types of what the schema has under that name, upper or lower case: "table", "index",
     ///         "view" or "trigger", mostly one or none
     [[nodiscard]] QStringList typesOf(const QString &name);

@@ -3,6 +3,7 @@
 
 #include "coagulation/vardo/updatebase.h"
 
+#include "coagulation/vardo/connection.h"
 #include "coagulation/vardo/execute.h"
 
 #include <QDebug>
@@ -14,26 +15,13 @@ void UpdateBase::reportLeftValues(const QString &table, const QStringList &copie
 {
     if (!typesOf(table).contains("table"))
         return;
-    QSqlQuery query;
-    query.setForwardOnly(true);
-    // the driver's own list of columns leaves out the quotation marks in a name
-    if (!execute(query, QString("select name from pragma_table_xinfo('%1')").arg(table))) {
-        logSqlError(query, SOURCE_LINE);
-        return;
-    }
-    QStringList left;
-    (void)readRows(query, SOURCE_LINE, [&] {
-        const QString column = query.value(0).toString();
-        if (!copied.contains(column, Qt::CaseInsensitive))
-            left << column;
-        return true;
-    });
-    for (const QString &column : left) {
-        QString quoted = column;
-        quoted.replace('"', "\"\"");
+    for (const QString &column : columnsOf(table)) {
+        if (copied.contains(column, Qt::CaseInsensitive))
+            continue;
         if (!verifyTransaction())
             return;
-        if (!execute(query, QString("select count(%1.\"%2\") from %1").arg(table, quoted))
+        QSqlQuery query;
+        if (!execute(query, QString("select count(%1.%2) from %1").arg(table, quoted(column)))
             || !query.next())
             logSqlError(query, SOURCE_LINE);
         else if (const qint64 values = query.value(0).toLongLong(); values > 0)
@@ -63,6 +51,27 @@ bool UpdateBase::keepUnmoved(const QString &table, qint64 rows)
         return false;
     qWarning("Kept %lld rows of %s in %s", rows, qUtf8Printable(table), qUtf8Printable(name));
     return renameTable(table, name);
+}
+
+QStringList UpdateBase::columnsOf(const QString &table)
+{
+    if (!verifyTransaction())
+        return {};
+    QSqlQuery query;
+    query.setForwardOnly(true);
+    // the others are those of a virtual table that it does not show
+    if (!execute(
+            query,
+            QString("select name from pragma_table_xinfo('%1') where hidden <> 1").arg(table))) {
+        logSqlError(query, SOURCE_LINE);
+        return {};
+    }
+    QStringList columns;
+    (void)readRows(query, SOURCE_LINE, [&] {
+        columns << query.value(0).toString();
+        return true;
+    });
+    return columns;
 }
 
 QStringList UpdateBase::typesOf(const QString &name)

@@ -87,7 +87,7 @@ bool UpdateData::splitResultsIntoVersions()
 {
     // Best effort: an old database may lack some of these tables, and must get the new layout all the
     // same. A table whose rows did not arrive there is kept under another name.
-    tryAll({
+    const bool resultsAreNew = tryAll({
         SQL(R"(create table results(
     id integer primary key,
     patientId integer references patient,
@@ -105,15 +105,15 @@ bool UpdateData::splitResultsIntoVersions()
     lowerMarkLimit real,
     upperMarkLimit real
 ))"),
-        SQL("create index results_index on results(patientId, item, subitem)"),
     });
+    tryAll({SQL("create index results_index on results(patientId, item, subitem)")});
     // every old result becomes version 1
-    const bool resultsArrived = tryAll({
+    const bool resultsArrived = tryMove(
         SQL("insert into results ( id, patientId, item, subitem, version, abbr, code, result, unit,"
             " flag, displayOrder, lowerMarkLimit, upperMarkLimit)"
             " select id, patientId, item, subitem, 1, abbr, code, result, unit,"
             " flag, displayOrder, lowerMarkLimit, upperMarkLimit from result"),
-    });
+        "result", "results", resultsAreNew);
     tryAll({
         SQL(R"(create table checkedResult(
     id integer primary key,
@@ -135,7 +135,7 @@ bool UpdateData::splitResultsIntoVersions()
                      "displayOrder", "lowerMarkLimit", "upperMarkLimit"}))
         return false;
 
-    tryAll({
+    const bool curvesAreNew = tryAll({
         SQL(R"(create table curve_new(
     id integer primary key,
     patientId integer references patient,
@@ -144,17 +144,16 @@ bool UpdateData::splitResultsIntoVersions()
     curve blob
 ))"),
     });
-    const bool curvesArrived = tryAll({
-        SQL("insert into curve_new ( id, patientId, item, version, curve)"
-            " select id, patientId, item, 1, curve from curve"),
-    });
+    const bool curvesArrived =
+        tryMove(SQL("insert into curve_new ( id, patientId, item, version, curve)"
+                    " select id, patientId, item, 1, curve from curve"),
+                "curve", "curve_new", curvesAreNew);
     if (!dropOrKeep(SQL("drop table curve"), "curve", curvesArrived,
                     {"id", "patientId", "item", "curve"}))
         return false;
 
-    tryAll({
-        SQL("alter table curve_new rename to curve"),
-
+    tryAll({SQL("alter table curve_new rename to curve")});
+    const bool detailsAreNew = tryAll({
         SQL(R"(create table detail_new(
     id integer primary key,
     patientId integer references patient,
@@ -163,10 +162,10 @@ bool UpdateData::splitResultsIntoVersions()
     info text
 ))"),
     });
-    const bool detailsArrived = tryAll({
-        SQL("insert into detail_new ( id, patientId, item, version, info)"
-            " select id, patientId, item, 1, info from detail"),
-    });
+    const bool detailsArrived =
+        tryMove(SQL("insert into detail_new ( id, patientId, item, version, info)"
+                    " select id, patientId, item, 1, info from detail"),
+                "detail", "detail_new", detailsAreNew);
     if (!dropOrKeep(SQL("drop table detail"), "detail", detailsArrived,
                     {"id", "patientId", "item", "info"}))
         return false;
@@ -186,6 +185,19 @@ begin
 end)"),
     });
     return true;
+}
+
+/// Copies the rows of a table; a failure is ignored.
+/// \param isNew whether `to` has just been created. Otherwise it is somebody else's, whose constraints or
+///              triggers may swallow rows without a failure
+/// \return whether every row arrived
+bool UpdateData::tryMove(const Statement &insert, const QString &from, const QString &to,
+                         bool isNew)
+{
+    if (isNew)
+        return tryAll({insert});
+    const qint64 before = countRows(to);
+    return tryAll({insert}) && countRows(to) - before == countRows(from);
 }
 
 /// Drops a table whose rows have been copied, or keeps it under another name if some have not.

@@ -24,6 +24,8 @@ private:
     [[nodiscard]] bool rebuildLookupLists();
     [[nodiscard]] bool replaceDeleteTrigger();
     [[nodiscard]] bool splitResultsIntoVersions();
+    [[nodiscard]] bool tryMove(const Statement &insert, const QString &from, const QString &to,
+                               bool isNew);
     [[nodiscard]] bool dropOrKeep(const Statement &drop, const QString &table, bool arrived,
                                   const QStringList &copied);
     void showCheckedResults();

@@ -86,6 +86,7 @@ private slots:
     void agreesWithAPublishedDoseResponse();
     void givesTheLogisticBack_data();
     void givesTheLogisticBack();
+    void fitsManyPoints();
     void scalesWithTheUnits_data();
     void scalesWithTheUnits();
     void definesEveryResult_data();
@@ -161,6 +162,20 @@ void TestCurveFit::givesTheLogisticBack()
 
     QVERIFY(fit.converged);
     QVERIFY(sharedDigits(fit.coefficients, coefficients) >= 12.0);
+}
+
+/// No calibration has as many, but a database may: the time must not grow with the square of them.
+void TestCurveFit::fitsManyPoints()
+{
+    Values x;
+    for (int i = 1; i <= 20000; ++i)
+        x.push_back(0.005 * i);
+    const Values y = evaluate({.a = 5.0, .b = 1.5, .c = 9.0, .d = 60.0}, x);
+
+    const Fit fit = fitLogistic(x, y);
+
+    QVERIFY(fit.converged);
+    QVERIFY(sharedDigits(fit.coefficients, {5.0, 1.5, 9.0, 60.0}) >= 9.0);
 }
 
 void TestCurveFit::scalesWithTheUnits_data()

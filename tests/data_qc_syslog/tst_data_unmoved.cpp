@@ -52,6 +52,8 @@ private slots:
     void dropsAnEmptyTable_data();
     void dropsAnEmptyTable();
     void keepsNothingOfAView();
+    void keepsRowsThatAnotherTableSwallows_data();
+    void keepsRowsThatAnotherTableSwallows();
     void reportsValuesThatAreLeftBehind_data();
     void reportsValuesThatAreLeftBehind();
     void reportsNoColumnWithoutValues();
@@ -329,6 +331,55 @@ void TestDataUnmoved::keepsNothingOfAView()
     QVERIFY2(warningsOf(recorder).constLast().contains("[ \"drop table result\" ]"),
              qUtf8Printable(warningsOf(recorder).constLast()));
     QCOMPARE(database.rows("select count(*) from old"), QStringList{"8"});
+}
+
+void TestDataUnmoved::keepsRowsThatAnotherTableSwallows_data()
+{
+    QTest::addColumn<QStringList>("changes");
+    QTest::addColumn<QString>("table");
+    QTest::addColumn<QString>("warning");
+
+    const QString keptResults = "Warning: Kept 8 rows of result in result_unmoved";
+    const QString keptCurves = "Warning: Kept 6 rows of curve in curve_unmoved";
+    QTest::newRow("results: a trigger ignores one") << dataChangesTo(3).mid(0, 1)
+            + QStringList{"create trigger q before insert on results when new.id = 4"
+                          " begin select raise(ignore); end"}
+                                                    << "result" << keptResults;
+    QTest::newRow("results: a constraint replaces some")
+        << QStringList{"create table results(id integer primary key, patientId, item, subitem,"
+                       " version, abbr, code, date, time, result, unit unique on conflict replace,"
+                       " flag, displayOrder, lowerMarkLimit, upperMarkLimit)"}
+        << "result" << keptResults;
+    QTest::newRow("curve_new: a constraint ignores all but one")
+        << QStringList{"create table curve_new(id integer primary key, patientId, item,"
+                       " version unique on conflict ignore, curve)"}
+        << "curve" << keptCurves;
+    QTest::newRow("detail_new: a trigger ignores all")
+        << detailsOfPatients
+            + QStringList{"create table detail_new(id integer primary key, patientId, item,"
+                          " version, info)",
+                          "create trigger q before insert on detail_new"
+                          " begin select raise(ignore); end"}
+        << "detail"
+        << "Warning: Kept 2 rows of detail in detail_unmoved";
+}
+
+void TestDataUnmoved::keepsRowsThatAnotherTableSwallows()
+{
+    QFETCH(QStringList, changes);
+    QFETCH(QString, table);
+    QFETCH(QString, warning);
+    const TestDatabase database("data.db");
+    makeChanged(database, 2, changes);
+    const QStringList before = database.table(table);
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(warningsOf(recorder).size(), 2); // the table that could not be created, and this
+    QCOMPARE(warningsOf(recorder).constLast(), warning);
+    QCOMPARE(database.table(table + "_unmoved"), before);
 }
 
 void TestDataUnmoved::reportsValuesThatAreLeftBehind_data()

@@ -97,6 +97,8 @@ private slots:
     void copyTableCopiesAView();
     void copyTableQuotesColumnNames_data();
     void copyTableQuotesColumnNames();
+    void copyTableTakesNoQuotedNameForAnother_data();
+    void copyTableTakesNoQuotedNameForAnother();
     void copyTableFailsAtAColumnThatIsOnlyAText();
     void copyTableFailsAtTheFirstBadRow_data();
     void copyTableFailsAtTheFirstBadRow();
@@ -567,6 +569,32 @@ void TestEngineOperations::copyTableQuotesColumnNames()
 
     QVERIFY(outcome.result);
     QCOMPARE(database.table("target"), QStringList{"4, 3, 2, 1"});
+}
+
+void TestEngineOperations::copyTableTakesNoQuotedNameForAnother_data()
+{
+    QTest::addColumn<QString>("column"); // beside `name`
+
+    for (const char *column : {R"("[name]")", R"("""name""")", "\"`name`\"", R"("n""ame")"})
+        QTest::newRow(column) << column;
+}
+
+/// The driver leaves out quotation marks and brackets: the value would overwrite the one of `name`.
+void TestEngineOperations::copyTableTakesNoQuotedNameForAnother()
+{
+    QFETCH(QString, column);
+    const TestDatabase database;
+    database.execute({versionTable, QString("create table source(name, %1)").arg(column),
+                      "insert into source values('李伟', 'added')", "create table target(name)"});
+
+    const Outcome outcome =
+        runStep(database, [](StepUpdater &step) { return step.copyTable("source", "target"); });
+
+    QVERIFY(!outcome.result);
+    QCOMPARE(outcome.log.size(), 1);
+    QVERIFY2(outcome.log.constFirst().contains("table target has no column named "),
+             qUtf8Printable(outcome.log.constFirst()));
+    QCOMPARE(database.table("target"), QStringList());
 }
 
 void TestEngineOperations::copyTableFailsAtAColumnThatIsOnlyAText()
