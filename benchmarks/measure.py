@@ -240,7 +240,8 @@ def fits():
 def upgrade_rows(upgrades):
     """Returns the table of the upgrades, of (name, N, comparison), as rows of texts."""
     rows = [["upgrade", "rows", "runs", "vardo s", "shell s", "ratio", "CPU ratio",
-             "vardo 10⁶ instr.", "instr. ratio", "check", "vardo MiB", "shell MiB", "file MiB", "journal MiB", "disk MiB", "disk/file"]]
+             "vardo 10⁶ instr.", "instr. ratio", "check", "vardo MiB", "shell MiB", "file MiB",
+             "journal MiB", "disk MiB", "disk/file"]]
     for name, count, comparison in upgrades:
         seconds = comparison.seconds
         processor = comparison.processor

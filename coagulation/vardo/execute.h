@@ -17,8 +17,7 @@ bool execute(QSqlQuery &query, const QString &sql);
 /// Qt's hash functions, which run when values are bound, leave these halves in use. As long as they are,
 /// processors with AVX-512 are slow at the SSE instructions that SQLite is made of: without this call, a
 /// large upgrade takes a tenth longer.
-/// Source: Intel 64 and IA-32 Architectures Optimization Reference Manual, 15.3 "Mixing AVX code with
-/// SSE code".
+/// Source: Intel 64 and IA-32 Architectures Optimization Reference Manual, "Mixing AVX Code with SSE Code".
 void clearUpperVectorHalves();
 
 } // namespace coagulation

@@ -181,6 +181,8 @@ private:
     /// \return the types of what the schema has under that name, upper or lower case: "table", "index",
     ///         "view" or "trigger", mostly one or none
     [[nodiscard]] QStringList typesOf(const QString &name);
+    /// \return the texts in the first column of a question's rows; none if it fails, which is logged
+    [[nodiscard]] QStringList namesFrom(const QString &sql);
     /// \return true, too, if this cannot be found out
     [[nodiscard]] bool mayHoldDecimals(const QString &table, const QStringList &columns);
     [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,

@@ -55,43 +55,33 @@ bool UpdateBase::keepUnmoved(const QString &table, qint64 rows)
 
 QStringList UpdateBase::columnsOf(const QString &table)
 {
-    if (!verifyTransaction())
-        return {};
-    QSqlQuery query;
-    query.setForwardOnly(true);
-    // the others are those of a virtual table that it does not show
-    if (!execute(
-            query,
-            QString("select name from pragma_table_xinfo('%1') where hidden <> 1").arg(table))) {
-        logSqlError(query, SOURCE_LINE);
-        return {};
-    }
-    QStringList columns;
-    (void)readRows(query, SOURCE_LINE, [&] {
-        columns << query.value(0).toString();
-        return true;
-    });
-    return columns;
+    // the hidden ones are those of a virtual table that it does not show
+    return namesFrom(
+        QString("select name from pragma_table_xinfo('%1') where hidden <> 1").arg(table));
 }
 
 QStringList UpdateBase::typesOf(const QString &name)
+{
+    return namesFrom(
+        QString("select type from sqlite_master where name = '%1' collate nocase").arg(name));
+}
+
+QStringList UpdateBase::namesFrom(const QString &sql)
 {
     if (!verifyTransaction())
         return {};
     QSqlQuery query;
     query.setForwardOnly(true);
-    if (!execute(
-            query,
-            QString("select type from sqlite_master where name = '%1' collate nocase").arg(name))) {
+    if (!execute(query, sql)) {
         logSqlError(query, SOURCE_LINE);
         return {};
     }
-    QStringList types;
+    QStringList names;
     (void)readRows(query, SOURCE_LINE, [&] {
-        types << query.value(0).toString();
+        names << query.value(0).toString();
         return true;
     });
-    return types;
+    return names;
 }
 
 } // namespace coagulation
