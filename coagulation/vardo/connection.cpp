@@ -8,7 +8,54 @@
 #include <algorithm>
 #include <array>
 
+#ifdef Q_OS_WIN
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QThread>
+
+#include <qt_windows.h>
+#endif
+
 namespace coagulation {
+
+namespace {
+
+constexpr int busy = 5; ///< SQLite's result code
+
+#ifdef Q_OS_WIN
+/// \return true if another program opened the file so that it can't be opened for reading and writing.
+///         SQLite would open it read-only, or fail without saying why.
+bool isHeld(const QString &path)
+{
+    const HANDLE file = CreateFileW(qUtf16Printable(QDir::toNativeSeparators(path)),
+                                    GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return GetLastError() == ERROR_SHARING_VIOLATION;
+    CloseHandle(file);
+    return false;
+}
+
+bool isHeldFor(const QString &path, int milliseconds)
+{
+    constexpr int pause = 100; // ms
+    const QDeadlineTimer end(milliseconds);
+    while (isHeld(path)) {
+        if (end.hasExpired())
+            return true;
+        QThread::msleep(pause);
+    }
+    return false;
+}
+#else
+bool isHeldFor(const QString & /*path*/, int /*milliseconds*/)
+{
+    return false; // every program may open it
+}
+#endif
+
+} // namespace
 
 QSqlDatabase connection()
 {
@@ -20,7 +67,7 @@ QString quoted(QString name)
     return '"' + name.replace('"', "\"\"") + '"';
 }
 
-QSqlError openConnection()
+QSqlError openConnection(int milliseconds)
 {
     QSqlDatabase database = connection();
     if (!database.isValid()) // the driver's own text is "Driver not loaded", twice
@@ -28,6 +75,9 @@ QSqlError openConnection()
             "on Debian install the package libqt6sql6-sqlite, on Windows put qsqlite.dll into the"
             " folder sqldrivers beside vardo.exe",
             "Qt's SQLite driver is missing or cannot be loaded:", QSqlError::ConnectionError};
+    if (isHeldFor(database.databaseName(), milliseconds))
+        return {"Another program holds the file open", "database is locked",
+                QSqlError::ConnectionError, QString::number(busy)};
     if (!database.open())
         return database.lastError();
 
@@ -51,6 +101,11 @@ void waitForLocks(int milliseconds)
 {
     QSqlQuery query;
     execute(query, QString("pragma busy_timeout=%1").arg(milliseconds));
+}
+
+bool isLocked(const QSqlError &error)
+{
+    return (error.nativeErrorCode().toInt() & 0xff) == busy;
 }
 
 bool isEnvironmentError(const QSqlError &error)

@@ -13,8 +13,13 @@ QSqlDatabase connection();
 QString quoted(QString name);
 
 /// Opens the connection, whose file is set, for the steps.
+/// \param milliseconds how long to wait while another program holds the file open and shares it with nobody,
+///                     as programs can on Windows; then the error is that of a lock
 /// \return an invalid error when it is open
-QSqlError openConnection();
+QSqlError openConnection(int milliseconds = 0);
+
+/// \return true if another program has locked the database or its file
+bool isLocked(const QSqlError &error);
 
 /// \param milliseconds how long statements wait for another program to release its lock
 void waitForLocks(int milliseconds);

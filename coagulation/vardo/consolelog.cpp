@@ -8,21 +8,55 @@
 #include <cstdio>
 #include <cstdlib>
 
+#ifdef Q_OS_WIN
+#include <QDir>
+
+#include <fcntl.h>
+#include <io.h>
+#include <qt_windows.h>
+#endif
+
 namespace coagulation {
 
 namespace {
 
 // NOLINTNEXTLINE(*-avoid-non-const-global-variables): a message handler is a plain function
 std::FILE *logFile = nullptr;
+// NOLINTNEXTLINE(*-avoid-non-const-global-variables)
+QtMessageHandler handlerWithoutLog = nullptr; // Qt's own
+
+#ifdef Q_OS_WIN
+constexpr const char *lineEnd = "\r\n";
 
 std::FILE *openForAppending(const QString &fileName)
 {
-#ifdef Q_OS_WIN
-    return _wfopen(qUtf16Printable(fileName), L"a"); // fopen knows only the code page's letters
-#else
-    return std::fopen(QFile::encodeName(fileName).constData(), "a");
-#endif
+    // fopen knows only the code page's letters, and what it appends may overwrite another run's lines:
+    // this access appends in one go. The C library translates no line ends, or it would tear lines.
+    const HANDLE handle =
+        CreateFileW(qUtf16Printable(QDir::toNativeSeparators(fileName)), FILE_APPEND_DATA,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return nullptr;
+    const int descriptor =
+        _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_APPEND | _O_BINARY);
+    return _fdopen(descriptor, "ab");
 }
+
+/// Qt would send messages to the debugger when there is no console, and in the code page's letters.
+void writeToStandardError(QtMsgType type, const QMessageLogContext &context,
+                          const QString &message)
+{
+    printError(qFormatLogMessage(type, context, message) + '\n');
+}
+#else
+constexpr const char *lineEnd = "\n";
+
+std::FILE *openForAppending(const QString &fileName)
+{
+    return std::fopen(QFile::encodeName(fileName).constData(), "a");
+}
+#endif
 
 /// \return what a line of this type begins with; null for a type that is not logged
 const char *label(QtMsgType type)
@@ -53,9 +87,9 @@ void writeToLog(QtMsgType type, const QMessageLogContext &context, const QString
     if (name == nullptr)
         return;
 
-    std::fprintf(logFile, "%s: %s (%s:%u, %s)\n", name, message.toLocal8Bit().constData(),
+    std::fprintf(logFile, "%s: %s (%s:%u, %s)%s", name, message.toUtf8().constData(),
                  orNull(context.file), static_cast<unsigned>(context.line),
-                 orNull(context.function));
+                 orNull(context.function), lineEnd);
     if (type == QtFatalMsg) {
         std::fflush(logFile); // abort does not
         std::abort();
@@ -74,6 +108,20 @@ void ignoreLoggingRules(QLoggingCategory *category)
 
 } // namespace
 
+void printError(const QString &text)
+{
+#ifdef Q_OS_WIN
+    // A console would take bytes for letters of its own code page.
+    const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
+    if (DWORD mode = 0; GetConsoleMode(console, &mode) != 0) {
+        WriteConsoleW(console, text.utf16(), static_cast<DWORD>(text.size()), nullptr, nullptr);
+        return;
+    }
+#endif
+    std::fputs(text.toUtf8().constData(), stderr);
+    std::fflush(stderr);
+}
+
 void shieldLogFromEnvironment()
 {
     for (const char *variable :
@@ -81,6 +129,11 @@ void shieldLogFromEnvironment()
           "QT_LOGGING_DEBUG", "QT_MESSAGE_PATTERN", "QT_DEBUG_PLUGINS"})
         qunsetenv(variable);
     QLoggingCategory::installFilter(ignoreLoggingRules); // the machine's qtlogging.ini
+#ifdef Q_OS_WIN
+    qInstallMessageHandler(writeToStandardError);
+#else
+    qputenv("QT_FORCE_STDERR_LOGGING", "1"); // not to the system's journal, if Qt can write to it
+#endif
 }
 
 void openLog(const QString &fileName)
@@ -92,7 +145,7 @@ void openLog(const QString &fileName)
     // by those of another run
     static std::array<char, 0x10000> buffer;
     std::setvbuf(logFile, buffer.data(), _IOFBF, buffer.size());
-    qInstallMessageHandler(writeToLog);
+    handlerWithoutLog = qInstallMessageHandler(writeToLog);
 }
 
 void flushLog()
@@ -105,7 +158,7 @@ void closeLog()
 {
     if (logFile == nullptr)
         return;
-    qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(handlerWithoutLog);
     std::fclose(logFile);
     logFile = nullptr;
 }

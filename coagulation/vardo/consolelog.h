@@ -3,12 +3,17 @@
 
 #include <QString>
 
-/// The tool's log. Every report is an ordinary Qt message. Qt writes it to standard error, or the handler
-/// in here writes it to the file that the user names, one line for each message.
+/// The tool's log. Every report is an ordinary Qt message. It goes to standard error, or to the file that the
+/// user names, one line for each message. The text is UTF-8 on every system; the ends of lines are the system's
+/// own.
 namespace coagulation {
+
+/// Writes to standard error, readable in a Windows console of any code page.
+void printError(const QString &text);
 
 /// Makes the log independent of the machine's variables and logging rules: they could switch the tool's
 /// lines off or Qt's own debug lines on, change the layout of a line, or turn a warning into an abort.
+/// Messages go to standard error even if that is no console, as in a service.
 /// Call this first of all, before the application object exists.
 void shieldLogFromEnvironment();
 
@@ -22,7 +27,7 @@ void openLog(const QString &fileName);
 /// Hands the lines so far over to the system, so that they outlive a process that is killed.
 void flushLog();
 
-/// Gives messages back to Qt and closes the log file, if one is open.
+/// Closes the log file, if one is open. Messages go to standard error again.
 void closeLog();
 
 } // namespace coagulation

@@ -48,7 +48,7 @@ std::optional<int> parse(const QStringList &arguments, Options &options)
                 return failure;
             affix = *argument;
         } else if (argument->startsWith('-')) {
-            std::fprintf(stderr, "Unknown option %s\n", qPrintable(*argument));
+            coagulation::printError("Unknown option " + *argument + '\n');
             return unknownOption;
         } else {
             options.logFile = *argument;

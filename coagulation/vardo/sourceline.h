@@ -1,20 +1,35 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace coagulation {
 
-/// \param file __FILE__, in whatever folder the project is built
-/// \return the path from the project's root on, for units below coagulation/
-consteval const char *sourcePath(const char *file)
+/// The path of a source file as log lines show it, whatever folder and system the project is built on: from
+/// the folder coagulation on, with forward slashes.
+template <std::size_t size> struct SourcePath {
+    std::array<char, size> text{};
+
+    /// \param file __FILE__
+    // NOLINTNEXTLINE(*-avoid-c-arrays, *-explicit-*): a literal, as a template's argument
+    consteval SourcePath(const char (&file)[size])
+    {
+        std::string_view path = file;
+        if (const auto start = path.rfind("coagulation"); start != std::string_view::npos)
+            path.remove_prefix(start);
+        for (std::size_t i = 0; i < path.size(); ++i)
+            text[i] = path[i] == '\\' ? '/' : path[i];
+    }
+};
+
+template <SourcePath path> consteval const char *sourcePath()
 {
-    const std::string_view path = file;
-    const auto start = path.rfind("coagulation");
-    return start == std::string_view::npos ? file : path.substr(start).data();
+    return path.text.data();
 }
 
 } // namespace coagulation
 
 /// The source file and line of the caller, as two arguments.
-#define SOURCE_LINE ::coagulation::sourcePath(__FILE__), __LINE__
+#define SOURCE_LINE ::coagulation::sourcePath<__FILE__>(), __LINE__

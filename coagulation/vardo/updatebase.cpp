@@ -134,7 +134,8 @@ UpdateBase::UpdateBase(const QString &path, QObject *parent)
     QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE");
     database.setDatabaseName(looksLikeUri ? filePath : path);
     if (const QSqlError error = openConnection(); error.isValid()) {
-        qWarning("Can't open %s: %s", qUtf8Printable(path), qUtf8Printable(error.text()));
+        if (!isLocked(error)) // the wait for another program is later
+            qWarning("Can't open %s: %s", qUtf8Printable(path), qUtf8Printable(error.text()));
         return;
     }
     readVersion();
@@ -182,7 +183,7 @@ bool UpdateBase::run()
 
 bool UpdateBase::beginTransaction()
 {
-    QSqlError error = connection().isOpen() ? QSqlError() : openConnection();
+    QSqlError error = connection().isOpen() ? QSqlError() : openConnection(lockTimeout);
     if (!error.isValid()) {
         // Immediate, so that a lock of the analyser software is met here and not within a step.
         waitForLocks(lockTimeout);
