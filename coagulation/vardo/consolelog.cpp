@@ -44,8 +44,7 @@ std::FILE *openForAppending(const QString &fileName)
 }
 
 /// Qt would send messages to the debugger when there is no console, and in the code page's letters.
-void writeToStandardError(QtMsgType type, const QMessageLogContext &context,
-                          const QString &message)
+void writeToStandardError(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     printError(qFormatLogMessage(type, context, message) + '\n');
 }

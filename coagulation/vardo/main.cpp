@@ -13,6 +13,10 @@
 #include <cstdio>
 #include <optional>
 
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#endif
+
 namespace {
 
 constexpr const char *usage = R"(vardo [options] [logfile]
@@ -67,6 +71,10 @@ template <typename Updater> bool upgrade()
 
 int main(int argc, char *argv[])
 {
+#ifdef Q_OS_WIN
+    // A missing disk or a crash is an error: in an unattended run nobody answers a dialog.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+#endif
     coagulation::shieldLogFromEnvironment();
     const QCoreApplication application(argc, argv);
 
