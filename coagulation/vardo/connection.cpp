@@ -27,9 +27,9 @@ constexpr int busy = 5; ///< SQLite's result code
 ///         SQLite would open it read-only, or fail without saying why.
 bool isHeld(const QString &path)
 {
-    const HANDLE file = CreateFileW(
-        qUtf16Printable(QDir::toNativeSeparators(path)), GENERIC_READ | GENERIC_WRITE,
-        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    auto *const file = CreateFileW(qUtf16Printable(QDir::toNativeSeparators(path)),
+                                   GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                   nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_SHARING_VIOLATION;
     CloseHandle(file);

@@ -11,6 +11,8 @@
 #ifdef Q_OS_WIN
 #include <QDir>
 
+#include <bit>
+#include <cstdint>
 #include <fcntl.h>
 #include <io.h>
 #include <qt_windows.h>
@@ -32,14 +34,14 @@ std::FILE *openForAppending(const QString &fileName)
 {
     // fopen knows only the code page's letters, and what it appends may overwrite another run's lines:
     // this access appends in one go. The C library translates no line ends, or it would tear lines.
-    const HANDLE handle =
+    auto *const handle =
         CreateFileW(qUtf16Printable(QDir::toNativeSeparators(fileName)), FILE_APPEND_DATA,
                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return nullptr;
     const int descriptor =
-        _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_APPEND | _O_BINARY);
+        _open_osfhandle(std::bit_cast<std::intptr_t>(handle), _O_APPEND | _O_BINARY);
     return _fdopen(descriptor, "ab");
 }
 
@@ -111,7 +113,7 @@ void printError(const QString &text)
 {
 #ifdef Q_OS_WIN
     // A console would take bytes for letters of its own code page.
-    const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
+    auto *const console = GetStdHandle(STD_ERROR_HANDLE);
     if (DWORD mode = 0; GetConsoleMode(console, &mode) != 0) {
         WriteConsoleW(console, text.utf16(), static_cast<DWORD>(text.size()), nullptr, nullptr);
         return;
