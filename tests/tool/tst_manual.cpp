@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The operating manual explains every line that the sources can log, and no other.
+/// The operating manual explains every line that the sources can log, and no other. It has each command for
+/// Debian and for Windows.
 
 #include <QDir>
 #include <QFile>
@@ -97,6 +98,26 @@ QStringList linesOfManual()
     return lines;
 }
 
+/// A block of the manual's commands for Debian.
+struct Commands {
+    QString text;
+    QString next; ///< the language of the block right after it; empty if something else follows
+};
+
+QList<Commands> commandsForDebian()
+{
+    static const QRegularExpression block(R"(```sh\n(.*?)\n *```\n(?:\n *```(\w+)\n)?)",
+                                          QRegularExpression::DotMatchesEverythingOption);
+
+    QList<Commands> commands;
+    auto match = block.globalMatch(read(MANUAL));
+    while (match.hasNext()) {
+        const auto found = match.next();
+        commands << Commands{found.captured(1), found.captured(2)};
+    }
+    return commands;
+}
+
 bool shows(const QString &line, const Message &message)
 {
     qsizetype from = 0;
@@ -117,6 +138,8 @@ private slots:
     void explainsEveryMessage();
     void explainsNoMessageThatIsNotThere_data();
     void explainsNoMessageThatIsNotThere();
+    void showsEachCommandForWindowsToo_data();
+    void showsEachCommandForWindowsToo();
 };
 
 void TestManual::explainsEveryMessage_data()
@@ -159,6 +182,21 @@ void TestManual::explainsNoMessageThatIsNotThere()
 
     QVERIFY(std::any_of(messages.begin(), messages.end(),
                         [&](const Message &message) { return shows(line, message); }));
+}
+
+void TestManual::showsEachCommandForWindowsToo_data()
+{
+    QTest::addColumn<QString>("next");
+
+    for (const Commands &commands : commandsForDebian())
+        QTest::newRow(qUtf8Printable(commands.text)) << commands.next;
+}
+
+void TestManual::showsEachCommandForWindowsToo()
+{
+    QFETCH(QString, next);
+
+    QCOMPARE(next, "powershell");
 }
 
 QTEST_GUILESS_MAIN(TestManual)
