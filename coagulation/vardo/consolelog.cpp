@@ -88,9 +88,10 @@ void writeToLog(QtMsgType type, const QMessageLogContext &context, const QString
     if (name == nullptr)
         return;
 
-    std::fprintf(logFile, "%s: %s (%s:%u, %s)%s", name, message.toUtf8().constData(),
-                 orNull(context.file), static_cast<unsigned>(context.line),
-                 orNull(context.function), lineEnd);
+    // Not by fprintf: there are C libraries that hand each line over at its end when that writes it.
+    const QByteArray line = QByteArray(name) + ": " + message.toUtf8() + " (" + orNull(context.file)
+        + ':' + QByteArray::number(context.line) + ", " + orNull(context.function) + ')' + lineEnd;
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), logFile);
     if (type == QtFatalMsg) {
         std::fflush(logFile); // abort does not
         std::abort();
