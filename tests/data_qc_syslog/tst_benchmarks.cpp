@@ -16,7 +16,7 @@ bool runShell(const TestDatabase &database, const QString &script)
 {
     QProcess shell;
     shell.setStandardInputFile(QString(BENCHMARKS) + '/' + script);
-    shell.start("sqlite3", {"-bail", "-cmd", "pragma synchronous=off", database.path()});
+    shell.start(sqliteShell(), {"-bail", "-cmd", "pragma synchronous=off", database.path()});
     return shell.waitForFinished() && shell.exitCode() == 0;
 }
 

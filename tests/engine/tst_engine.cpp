@@ -261,24 +261,23 @@ void TestEngine::failsOnAFolder()
 
 void TestEngine::failsOnAFileThatIsNoDatabase()
 {
-    const QTemporaryDir folder;
-    QFile file(folder.filePath("letter.db"));
-    QVERIFY(file.open(QIODevice::ReadWrite));
+    const TestDatabase database;
+    QFile file(database.path());
+    QVERIFY(file.open(QIODevice::WriteOnly));
     const QByteArray letter = QByteArray("This is no database. ").repeated(200);
     file.write(letter);
-    file.flush();
+    file.close();
     const MessageRecorder recorder;
 
-    ToyUpdater updater(file.fileName());
+    ToyUpdater updater(database.path());
     const bool upgraded = updater.run();
 
     QVERIFY(!upgraded);
     QCOMPARE(recorder.messages(),
-             QStringList({"Debug: Updating " + file.fileName(),
+             QStringList({"Debug: Updating " + database.path(),
                           "Warning: Failed to start transaction:"
                           " \"file is not a database\""}));
-    file.seek(0);
-    QCOMPARE(file.readAll(), letter);
+    QCOMPARE(database.bytes(), letter);
 }
 
 void TestEngine::triesAgainToOpenInRun()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "testdatabase.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -72,6 +73,11 @@ private:
 
 } // namespace
 
+QString sqliteShell()
+{
+    return SQLITE3;
+}
+
 void executeOn(const QString &path, const QStringList &statements)
 {
     const Connection connection(path);
@@ -101,11 +107,20 @@ TestDatabase::TestDatabase(QString name)
     executeOn(path(), {"vacuum"}); // so that the file exists
 }
 
+TestDatabase::~TestDatabase()
+{
+    if (QCoreApplication::instance() == nullptr)
+        return; // the program ends, and the connections have ended before
+    QSqlDatabase left = QSqlDatabase::database(QSqlDatabase::defaultConnection, false);
+    if (left.databaseName() == path() || left.databaseName() == fileName)
+        left.close();
+}
+
 void TestDatabase::load(const QString &sample) const
 {
     QProcess shell;
     shell.setStandardInputFile(QString(SAMPLES) + '/' + sample);
-    shell.start("sqlite3", {"-bail", "-cmd", "pragma synchronous=off", path()});
+    shell.start(sqliteShell(), {"-bail", "-cmd", "pragma synchronous=off", path()});
     if (!shell.waitForFinished() || shell.exitCode() != 0)
         qFatal("%s: %s", qUtf8Printable(sample), shell.readAllStandardError().constData());
 }

@@ -11,6 +11,9 @@ class TestDatabase {
 public:
     /// \param name file name of the database, which does not exist yet
     explicit TestDatabase(QString name = "test.db");
+    /// Closes the connection that an updater has left on the file, since Windows removes no open file.
+    ~TestDatabase();
+    Q_DISABLE_COPY_MOVE(TestDatabase)
 
     QString path() const { return folder.filePath(fileName); }
     QString folderPath() const { return folder.path(); }
@@ -46,6 +49,9 @@ private:
     QTemporaryDir folder;
     QString fileName;
 };
+
+/// \return the path of the sqlite3 shell
+QString sqliteShell();
 
 /// \return the rows of a query on a database file; see TestDatabase::rows()
 QStringList databaseRows(const QString &path, const QString &query);

@@ -2,6 +2,7 @@
 #include "toolrun.h"
 
 #include "drivertexts.h"
+#include "platform.h"
 
 #include <QDir>
 #include <QFile>
@@ -50,8 +51,10 @@ ToolRun RunningTool::result()
     if (!endsWithin(timeout))
         fail(process);
     const bool exited = process.exitStatus() == QProcess::NormalExit;
-    return {exited, exited ? process.exitCode() : -1, process.readAllStandardOutput(),
-            process.readAllStandardError(), log.isEmpty() ? QStringList() : logLines(log)};
+    return {exited, exited ? process.exitCode() : -1,
+            withPlainLineEnds(process.readAllStandardOutput()),
+            withPlainLineEnds(process.readAllStandardError()),
+            log.isEmpty() ? QStringList() : logLines(log)};
 }
 
 ToolRun runTool(const ToolCommand &command)
@@ -72,7 +75,8 @@ QStringList logLines(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {};
-    const QString log = QString::fromUtf8(file.readAll()).remove(" ((null):0, (null))");
+    const QString log =
+        QString::fromUtf8(withPlainLineEnds(file.readAll())).remove(" ((null):0, (null))");
     return withoutDriverTexts(log).split('\n', Qt::SkipEmptyParts);
 }
 

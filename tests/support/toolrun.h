@@ -26,8 +26,8 @@ struct ToolCommand {
 struct ToolRun {
     bool exited = false; ///< by itself: not killed, no crash
     int exitCode = -1;   ///< of a run that exited
-    QByteArray output;   ///< standard output
-    QByteArray errors;   ///< standard error
+    QByteArray output;   ///< standard output, as by withPlainLineEnds()
+    QByteArray errors;   ///< standard error, as by withPlainLineEnds()
     QStringList log;     ///< as by logLines(); of a killed run what had been written
 };
 
@@ -64,5 +64,5 @@ ToolRun runToolOn(const QString &program, const QString &folder);
 ///         (see withoutDriverTexts()); none when there is no log
 QStringList logLines(const QString &path);
 
-/// \return the environment of the test, but with a locale
+/// \return the environment of the test, but with a locale; see canHaveLocale()
 QProcessEnvironment environmentWithLocale(const QString &locale);

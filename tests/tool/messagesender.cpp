@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// messagesender LOGFILE [MESSAGE …]: opens the log as the tool does and sends the messages named
 /// "debug", "info", "warning", "critical", "fatal" and "unknown" (of no known type), each with the
-/// text "<name>: 凝血"; "context" sends a warning with source context, "close" closes the log, and
-/// "vanish" ends the process without an orderly exit.
+/// text "<name>: 凝血"; "context" sends a warning with source context, "flush" hands the log over to the
+/// system, "close" closes it, and "vanish" ends the process without an orderly exit.
 
 #include "coagulation/vardo/consolelog.h"
 
@@ -38,6 +38,8 @@ void send(const QString &name)
         sendUnknown(text);
     else if (name == "context")
         QMessageLogger("assay.cpp", 12, "void run()").warning("%s", text.constData());
+    else if (name == "flush")
+        coagulation::flushLog();
     else if (name == "close")
         coagulation::closeLog();
     else if (name == "vanish")

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 /// The English labels: that none is missing, and what they change in a database that the tool upgrades.
 
+#include "platform.h"
 #include "testdatabase.h"
 #include "toolrun.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -80,7 +82,7 @@ private slots:
 void TestEnglish::hasEveryLabel()
 {
     if (QString(LUPDATE).isEmpty())
-        QSKIP("lupdate is not installed: whether a label is missing is NOT tested");
+        QSKIP("lupdate is not to be had here: whether a label is missing is NOT tested");
     const QString current = QString(SOURCE) + "/translations/vardo_en.ts";
     const QTemporaryDir folder;
     const QString updated = folder.filePath("vardo_en.ts");
@@ -121,9 +123,11 @@ void TestEnglish::decidesTheTexts()
     QFETCH(QString, folder);
     QFETCH(QString, locale);
     QFETCH(bool, english);
+    if (!canHaveLocale(locale))
+        QSKIP("Windows gives every process the user's own language: this one is NOT tested");
     const QTemporaryDir root;
     QVERIFY(QDir(root.path()).mkpath("bin"));
-    const QString tool = root.filePath("bin/vardo");
+    const QString tool = root.filePath("bin/" + QFileInfo(VARDO).fileName());
     QVERIFY(QFile::copy(VARDO, tool));
     if (!folder.isEmpty()) {
         const QDir translations(QDir(root.filePath("bin")).filePath(folder));
