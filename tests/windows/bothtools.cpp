@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include "bothtools.h"
+
+#include "testdatabase.h"
+#include "today.h"
+#include "wine.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTest>
+
+namespace {
+
+const QString plain = "plain/bin/";
+const QString english = "english/bin/";
+
+void copyFile(const QString &from, const QString &to)
+{
+    QDir().mkpath(QFileInfo(to).path());
+    if (!QFile::copy(from, to))
+        qFatal("%s cannot be copied to %s", qUtf8Printable(from), qUtf8Printable(to));
+}
+
+/// Rounds what the fit of a curve writes, and nothing else, to ten digits.
+void roundFittedNumbers(const QString &path)
+{
+    const QList<std::pair<QString, QStringList>> fitted{
+        {"curve", {"correlation", "a", "b", "c", "d", "e"}}, {"curvePoint", {"z"}}};
+    for (const auto &[table, columns] : fitted) {
+        for (const QString &column : columns)
+            executeOn(path,
+                      {QString("update %1 set %2 = cast(printf('%.10g', %2) as real)"
+                               " where typeof(%2) = 'real'")
+                           .arg(table, column)});
+    }
+}
+
+/// \return how many lines of two contents of the same size differ
+qsizetype countDifferences(const QStringList &one, const QStringList &other)
+{
+    qsizetype count = 0;
+    for (qsizetype i = 0; i < one.size(); ++i)
+        count += one.at(i) == other.at(i) ? 0 : 1;
+    return count;
+}
+
+} // namespace
+
+BothTools::BothTools()
+{
+    for (const QString &installation : {plain, english}) {
+        copyFile(VARDO, installations.filePath(installation + "vardo"));
+        copyFile(WINDOWS_TOOL, installations.filePath(installation + "vardo.exe"));
+    }
+    copyFile(ENGLISH, installations.filePath("english/share/vardo/translations/vardo_en.qm"));
+}
+
+void BothTools::clear()
+{
+    QDir(root()).removeRecursively();
+    QDir().mkpath(folder.path());
+}
+
+bool BothTools::hasLocale(const QString &locale)
+{
+    if (locale == "C.UTF-8" || QFileInfo::exists(locales.filePath(locale)))
+        return true;
+    const QStringList parts = locale.split('.');
+    return QProcess::execute(
+               "localedef",
+               {"-i", parts.constFirst(), "-f", parts.constLast(), locales.filePath(locale)})
+        == 0;
+}
+
+ToolCommand BothTools::commandFor(const Start &start, const QString &tool,
+                                  const QStringList &arguments) const
+{
+    ToolCommand command{.program =
+                            installations.filePath((start.translated ? english : plain) + tool),
+                        .arguments = arguments,
+                        .folder = path(start.folder),
+                        .environment = environmentWithLocale(start.locale)};
+    if (start.locale != "C.UTF-8")
+        command.environment.insert("LOCPATH", locales.path());
+    return command;
+}
+
+BothTools::Outcome BothTools::runOne(const ToolCommand &command)
+{
+    ToolRun run = runTool(command);
+    return {std::move(run), filesIn(root())};
+}
+
+void BothTools::compare(const Start &start)
+{
+    const FolderFiles before = filesIn(root());
+    const Outcome onLinux = runOne(commandFor(start, "vardo", start.arguments));
+    setFilesIn(root(), before);
+    const Outcome onWindows = runOne(underWine(
+        commandFor(start, "vardo.exe",
+                   start.windowsArguments.isEmpty() ? start.arguments : start.windowsArguments)));
+    ++runs;
+    lastExitCode = onWindows.run.exitCode;
+
+    QVERIFY(onLinux.run.exited && onWindows.run.exited);
+    QCOMPARE(onWindows.run.exitCode, onLinux.run.exitCode);
+    QCOMPARE(QString(asOnLinux(onWindows.run.output)), QString(onLinux.run.output));
+    QCOMPARE(QString(asOnLinux(onWindows.run.errors)), QString(onLinux.run.errors));
+    QCOMPARE(onWindows.files.keys(), onLinux.files.keys());
+    for (auto file = onWindows.files.begin(); file != onWindows.files.end(); ++file) {
+        const QByteArray expected = onLinux.files.value(file.key());
+        if (file.key().endsWith(".txt"))
+            QCOMPARE(QString(asOnLinux(file.value())), QString(expected));
+        else if (!file.key().endsWith(".db") || lastExitCode != 0)
+            QVERIFY2(file.value() == expected, qUtf8Printable(file.key()));
+    }
+    if (lastExitCode == 0)
+        compareDatabases(onLinux, onWindows);
+}
+
+void BothTools::compareDatabases(const Outcome &linuxOutcome, const Outcome &windowsOutcome)
+{
+    const QTemporaryDir copies;
+    const QString linuxCopies = copies.filePath("linux");
+    const QString windowsCopies = copies.filePath("windows");
+    setFilesIn(linuxCopies, linuxOutcome.files);
+    setFilesIn(windowsCopies, windowsOutcome.files);
+    for (auto file = windowsOutcome.files.begin(); file != windowsOutcome.files.end(); ++file) {
+        if (!file.key().endsWith(".db"))
+            continue;
+        ++databases;
+        if (file.value() == linuxOutcome.files.value(file.key()))
+            ++sameBytes;
+        compareContent(linuxCopies + '/' + file.key(), windowsCopies + '/' + file.key());
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void BothTools::compareContent(const QString &linuxFile, const QString &windowsFile)
+{
+    const QStringList expected = withToday(databaseContent(linuxFile));
+    const QStringList content = withToday(databaseContent(windowsFile));
+    QCOMPARE(content.size(), expected.size());
+    if (content != expected) {
+        roundFittedNumbers(linuxFile);
+        roundFittedNumbers(windowsFile);
+        QCOMPARE(withToday(databaseContent(windowsFile)), withToday(databaseContent(linuxFile)));
+        roundedRows += countDifferences(content, expected);
+    }
+    for (const QString &table :
+         databaseRows(windowsFile, "select name from sqlite_master where type = 'table'")) {
+        ++tables;
+        rows +=
+            databaseRows(windowsFile,
+                         QString("select count(*) from \"%1\"").arg(QString(table).remove('\'')))
+                .constFirst()
+                .toLongLong();
+    }
+}
+
+QString BothTools::summary() const
+{
+    return QString(
+               "%1 runs of each tool left %2 databases with %3 tables and %4 rows: the same (%5 of the"
+               " files in every byte; %6 rows of curves in ten digits only)")
+        .arg(runs)
+        .arg(databases)
+        .arg(tables)
+        .arg(rows)
+        .arg(sameBytes)
+        .arg(roundedRows);
+}
