@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "wine.h"
 
+#include <QDir>
+#include <QFile>
+
 namespace {
 
 /// \return the environment with what Wine needs; it prints nothing of its own
@@ -44,4 +47,26 @@ ToolCommand underWine(ToolCommand command)
 QByteArray asOnLinux(QByteArray text)
 {
     return text.replace("\r\n", "\n").replace("Z:/", "/");
+}
+
+WineFolder::WineFolder()
+{
+    const QDir shared(withWine(QProcessEnvironment::systemEnvironment()).value("WINEPREFIX"));
+    for (const QString &settings : shared.entryList(QDir::Files | QDir::Hidden))
+        QFile::copy(shared.filePath(settings), folder.filePath(settings));
+    // The disk C: is shared: it is large, and nothing writes to it.
+    QDir(folder.path()).mkdir("dosdevices");
+    if (!QFile::link(shared.filePath("drive_c"), folder.filePath("dosdevices/c:"))
+        || !QFile::link("/", folder.filePath("dosdevices/z:")))
+        qFatal("%s: no folder for Wine", qUtf8Printable(folder.path()));
+}
+
+WineFolder::~WineFolder()
+{
+    QProcess server;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("WINEPREFIX", folder.path());
+    server.setProcessEnvironment(environment);
+    server.start("wineserver", {"-k"});
+    server.waitForFinished();
 }

@@ -3,6 +3,8 @@
 
 #include "toolrun.h"
 
+#include <QTemporaryDir>
+
 /// Waits until Wine is ready. It makes its folder first if there is none, which takes some seconds.
 void startWine();
 
@@ -15,3 +17,17 @@ ToolCommand underWine(ToolCommand command);
 /// \return what the Windows tool writes as the tool of Linux would write it: other ends of lines, and no drive
 ///         before a path
 QByteArray asOnLinux(QByteArray text);
+
+/// A folder for Wine's settings (WINEPREFIX) with a server of its own, which has the rights of the first program
+/// that uses the folder. The server ends with this.
+class WineFolder {
+public:
+    WineFolder();
+    ~WineFolder();
+    Q_DISABLE_COPY_MOVE(WineFolder)
+
+    QString path() const { return folder.path(); }
+
+private:
+    QTemporaryDir folder;
+};
