@@ -17,6 +17,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -263,8 +264,8 @@ private slots:
     void upgradesOnceInSeveralRuns();
     void writesWholeLinesInALogOfSeveralRuns_data();
     void writesWholeLinesInALogOfSeveralRuns();
-    void leavesTheFileAsItWasWhenTheDiskIsFull_data();
-    void leavesTheFileAsItWasWhenTheDiskIsFull();
+    void keepsTheOldContentWhenTheDiskIsFull_data();
+    void keepsTheOldContentWhenTheDiskIsFull();
     void leavesTheFileAsItWasWithoutTheRightToWrite_data();
     void leavesTheFileAsItWasWithoutTheRightToWrite();
 
@@ -307,7 +308,7 @@ void TestWindowsDisturbed::waitsForALock()
     auto lock = std::make_unique<Lock>(path("qc.db"), statements);
 
     Run run(System::Windows, root());
-    const bool ended = run.endsWithin(2000);
+    const bool ended = run.endsWithin(1000);
     lock.reset();
 
     QVERIFY(!ended);
@@ -366,7 +367,7 @@ void TestWindowsDisturbed::waitsForTheHolderOfAFile()
     auto holder = std::make_unique<Holder>(path("qc.db"), whom);
 
     Run run(System::Windows, root());
-    const bool ended = run.endsWithin(2000);
+    const bool ended = run.endsWithin(1000);
     holder.reset();
 
     QVERIFY(!ended);
@@ -431,10 +432,13 @@ void TestWindowsDisturbed::upgradesAfterARunWasKilled()
     constexpr int kills = 24;
     QFETCH(QStringList, settings);
     const Databases databases(settings, manyPatients);
-    setFilesIn(root(), databases.files);
-    Run undisturbed(System::Windows, root());
-    QCOMPARE(undisturbed.exitCode(), 0);
-    const qint64 duration = undisturbed.elapsed();
+    qint64 duration = timeout;
+    for (int i = 0; i < 3; ++i) {
+        setFilesIn(root(), databases.files);
+        Run undisturbed(System::Windows, root());
+        QCOMPARE(undisturbed.exitCode(), 0);
+        duration = std::min(duration, undisturbed.elapsed());
+    }
 
     int ended = 0;
     int unfinished = 0; // files beside the databases
@@ -473,11 +477,13 @@ void TestWindowsDisturbed::upgradesOnceInSeveralRuns_data()
 {
     QTest::addColumn<QList<System>>("systems");
 
-    QTest::newRow("two of Windows") << QList<System>(2, System::Windows);
-    QTest::newRow("four of Windows") << QList<System>(4, System::Windows);
-    QTest::newRow("Windows and Linux") << QList{System::Windows, System::Linux};
-    QTest::newRow("two of Windows and two of Linux")
-        << QList{System::Windows, System::Linux, System::Windows, System::Linux};
+    const QList<System> both{System::Windows, System::Linux};
+    for (int round = 1; round <= 3; ++round) {
+        QTest::addRow("two of Windows, round %d", round) << QList<System>(2, System::Windows);
+        QTest::addRow("four of Windows, round %d", round) << QList<System>(4, System::Windows);
+        QTest::addRow("Windows and Linux, round %d", round) << both;
+        QTest::addRow("two of each, round %d", round) << both + both;
+    }
 }
 
 void TestWindowsDisturbed::upgradesOnceInSeveralRuns()
@@ -541,7 +547,7 @@ void TestWindowsDisturbed::writesWholeLinesInALogOfSeveralRuns()
     QCOMPARE(lines, expected);
 }
 
-void TestWindowsDisturbed::leavesTheFileAsItWasWhenTheDiskIsFull_data()
+void TestWindowsDisturbed::keepsTheOldContentWhenTheDiskIsFull_data()
 {
     QTest::addColumn<int>("free"); // KiB
 
@@ -549,7 +555,7 @@ void TestWindowsDisturbed::leavesTheFileAsItWasWhenTheDiskIsFull_data()
         QTest::addRow("%d KiB free", free) << free;
 }
 
-void TestWindowsDisturbed::leavesTheFileAsItWasWhenTheDiskIsFull()
+void TestWindowsDisturbed::keepsTheOldContentWhenTheDiskIsFull()
 {
     QFETCH(int, free);
     const FolderFiles before{{"data.db", large->files.value("data.db")}};
@@ -558,6 +564,7 @@ void TestWindowsDisturbed::leavesTheFileAsItWasWhenTheDiskIsFull()
         QSKIP("no file system can be mounted here: a full disk is NOT tested");
 
     QList<QStringList> logs;
+    QList<QStringList> filesLeft;
     for (const System system : {System::Linux, System::Windows}) {
         setFilesIn(disk.path(), before);
         ToolCommand command = Run::command(system, root(), "");
@@ -566,23 +573,32 @@ void TestWindowsDisturbed::leavesTheFileAsItWasWhenTheDiskIsFull()
         const ToolRun run = runTool(command);
         QCOMPARE(run.exitCode, 1);
         logs << Run::comparable(run.log, disk.path());
-        QCOMPARE(databaseFilesIn(disk.path()), QStringList{"data.db"});
+        filesLeft << databaseFilesIn(disk.path());
+        // Without space even a roll-back may have to wait for the next program that opens the file.
+        QCOMPARE(withToday(databaseContent(disk.path() + "/data.db")), large->oldContents.at(1));
         QVERIFY(filesIn(disk.path()) == before);
     }
     QCOMPARE(logs.at(1), logs.at(0));
+    QCOMPARE(filesLeft.at(1), filesLeft.at(0));
 }
 
 void TestWindowsDisturbed::leavesTheFileAsItWasWithoutTheRightToWrite_data()
 {
     QTest::addColumn<QString>("readOnly"); // below the root
+    QTest::addColumn<QString>("onLinux");  // what the log says
+    QTest::addColumn<QString>("onWindows");
 
-    QTest::newRow("a read-only file") << "lab/qc.db";
-    QTest::newRow("a read-only folder") << "lab";
+    const QString readOnly = "attempt to write a readonly database";
+    QTest::newRow("a read-only file") << "lab/qc.db" << readOnly << readOnly;
+    // SQLite asks for the reason on Linux only.
+    QTest::newRow("a read-only folder") << "lab" << readOnly << "unable to open database file";
 }
 
 void TestWindowsDisturbed::leavesTheFileAsItWasWithoutTheRightToWrite()
 {
     QFETCH(QString, readOnly);
+    QFETCH(QString, onLinux);
+    QFETCH(QString, onWindows);
     setFilesIn(path("lab"), {{"qc.db", small->files.value("qc.db")}});
     const auto permissions = QFile::permissions(path(readOnly));
     const QFile::Permissions writing = QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup;
@@ -611,7 +627,8 @@ void TestWindowsDisturbed::leavesTheFileAsItWasWithoutTheRightToWrite()
         QVERIFY(filesIn(path("lab")).first() == small->files.value("qc.db"));
     }
     QVERIFY(QFile::setPermissions(path(readOnly), permissions));
-    QCOMPARE(logs.at(1), logs.at(0));
+    QVERIFY(logs.at(0).join('\n').contains(onLinux));
+    QCOMPARE(logs.at(1), QStringList(logs.at(0)).replaceInStrings(onLinux, onWindows));
 }
 
 QTEST_GUILESS_MAIN(TestWindowsDisturbed)
