@@ -109,7 +109,7 @@ def dead_links(folder):
     for page, links in pages.items():
         for target in links.targets:
             path, anchor = urldefrag(target)
-            if urlsplit(path).scheme == "https":
+            if urlsplit(path).scheme:  # out of the folder
                 continue
             file = folder / unquote(path) if path else page
             if not file.is_file():
