@@ -54,7 +54,7 @@ private:
         FolderFiles files;
     };
 
-    Outcome runOne(const ToolCommand &command);
+    Outcome runOne(const ToolCommand &command) const;
     ToolCommand commandFor(const Start &start, const QString &tool,
                            const QStringList &arguments) const;
     void compareDatabases(const Outcome &linuxOutcome, const Outcome &windowsOutcome,

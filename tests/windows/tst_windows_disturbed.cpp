@@ -429,7 +429,7 @@ void TestWindowsDisturbed::upgradesAfterARunWasKilled_data()
 
 void TestWindowsDisturbed::upgradesAfterARunWasKilled()
 {
-    constexpr int kills = 24;
+    constexpr int kills = 16;
     QFETCH(QStringList, settings);
     const Databases databases(settings, manyPatients);
     qint64 duration = timeout;

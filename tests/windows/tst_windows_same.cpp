@@ -59,7 +59,7 @@ QStringList newCurves(const QString &name, double scatter)
 
 /// Where databases are, and how that is said to each tool.
 struct Place {
-    const char *name;
+    const char *name = nullptr;
     QString files; ///< what stands before the names of the databases, seen from the root
     QString suffix;
     QStringList arguments;
