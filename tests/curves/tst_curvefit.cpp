@@ -86,6 +86,7 @@ private slots:
     void agreesWithAPublishedDoseResponse();
     void givesTheLogisticBack_data();
     void givesTheLogisticBack();
+    void knowsTheLogisticInAllDigits();
     void fitsManyPoints();
     void scalesWithTheUnits_data();
     void scalesWithTheUnits();
@@ -165,6 +166,26 @@ void TestCurveFit::givesTheLogisticBack()
 }
 
 /// No calibration has as many, but a database may: the time must not grow with the square of them.
+void TestCurveFit::knowsTheLogisticInAllDigits()
+{
+    constexpr int curves = 200;
+    const Values x{3.1, 6.2, 12.4, 24.8, 49.6, 99.2, 198.4};
+    for (int i = 0; i < curves; ++i) {
+        Values y = evaluate({0.4, 1.0, 12.4 + i % 11, 2.5}, x);
+        for (std::size_t k = 0; k < y.size(); ++k)
+            y[k] += 0.03 * ((7 * i + static_cast<int>(k)) * 7919 % 101) / 100.0;
+
+        // other sums are rounded otherwise, as with another C library
+        const Fit fit = fitLogistic(x, y);
+        const Fit backward =
+            fitLogistic(Values(x.rbegin(), x.rend()), Values(y.rbegin(), y.rend()));
+
+        QVERIFY(fit.converged);
+        const double digits = sharedDigits(backward.coefficients, fit.coefficients);
+        QVERIFY2(digits >= 11.0, qPrintable(QString("%1: %2 digits").arg(i).arg(digits)));
+    }
+}
+
 void TestCurveFit::fitsManyPoints()
 {
     Values x;

@@ -144,11 +144,10 @@ void BothTools::compare(const Start &start)
             QVERIFY2(file.value() == expected, qUtf8Printable(file.key()));
     }
     if (lastExitCode == 0)
-        compareDatabases(onLinux, onWindows, start.fitTolerance);
+        compareDatabases(onLinux, onWindows);
 }
 
-void BothTools::compareDatabases(const Outcome &linuxOutcome, const Outcome &windowsOutcome,
-                                 double tolerance)
+void BothTools::compareDatabases(const Outcome &linuxOutcome, const Outcome &windowsOutcome)
 {
     const QTemporaryDir copies;
     const QString linuxCopies = copies.filePath("linux");
@@ -161,17 +160,16 @@ void BothTools::compareDatabases(const Outcome &linuxOutcome, const Outcome &win
         ++databases;
         if (file.value() == linuxOutcome.files.value(file.key()))
             ++sameBytes;
-        compareContent(linuxCopies + '/' + file.key(), windowsCopies + '/' + file.key(), tolerance);
+        compareContent(linuxCopies + '/' + file.key(), windowsCopies + '/' + file.key());
         if (QTest::currentTestFailed())
             return;
     }
 }
 
-void BothTools::compareContent(const QString &linuxFile, const QString &windowsFile,
-                               double tolerance)
+void BothTools::compareContent(const QString &linuxFile, const QString &windowsFile)
 {
     if (withToday(databaseContent(windowsFile)) != withToday(databaseContent(linuxFile)))
-        compareFits(linuxFile, windowsFile, tolerance);
+        compareFits(linuxFile, windowsFile);
     QCOMPARE(withToday(databaseContent(windowsFile)), withToday(databaseContent(linuxFile)));
 
     for (const QString &table :
@@ -182,8 +180,10 @@ void BothTools::compareContent(const QString &linuxFile, const QString &windowsF
     }
 }
 
-void BothTools::compareFits(const QString &linuxFile, const QString &windowsFile, double tolerance)
+void BothTools::compareFits(const QString &linuxFile, const QString &windowsFile)
 {
+    constexpr double tolerance = 1e-10; // as a part of a number
+
     const bool isProfile = databaseRows(windowsFile,
                                         "select 1 from sqlite_master where name = 'curve'"
                                         " and sql like '%correlation%'")

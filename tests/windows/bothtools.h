@@ -16,8 +16,7 @@ struct Start {
     QStringList windowsArguments{}; ///< empty for the same
     QString folder{};               ///< the working folder, seen from the root
     QString locale = "C.UTF-8";
-    bool translated = false;     ///< with the English labels
-    double fitTolerance = 1e-10; ///< of the numbers that fits of curves write, as a part of them
+    bool translated = false; ///< with the English labels
 };
 
 /// Runs the tool of Linux and that of Windows on the same files at the same place, one after the other, and
@@ -57,11 +56,10 @@ private:
     Outcome runOne(const ToolCommand &command) const;
     ToolCommand commandFor(const Start &start, const QString &tool,
                            const QStringList &arguments) const;
-    void compareDatabases(const Outcome &linuxOutcome, const Outcome &windowsOutcome,
-                          double tolerance);
-    void compareContent(const QString &linuxFile, const QString &windowsFile, double tolerance);
+    void compareDatabases(const Outcome &linuxOutcome, const Outcome &windowsOutcome);
+    void compareContent(const QString &linuxFile, const QString &windowsFile);
     /// Compares the numbers that fits wrote, and takes them out of both files.
-    void compareFits(const QString &linuxFile, const QString &windowsFile, double tolerance);
+    void compareFits(const QString &linuxFile, const QString &windowsFile);
 
     QTemporaryDir folder;
     QTemporaryDir installations;

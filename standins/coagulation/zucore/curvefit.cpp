@@ -297,6 +297,7 @@ private:
     std::vector<VectorXd> starts() const;
     std::vector<double> places(double steepness) const;
     End search(VectorXd shape, int evaluations) const;
+    VectorXd polished(const VectorXd &shape) const;
     VectorXd parameters(const VectorXd &shape) const;
     bool isMinimum(const VectorXd &parameters) const;
     double roundingSum() const;
@@ -434,6 +435,29 @@ LogisticFitter::End LogisticFitter::search(VectorXd shape, int evaluations) cons
     return {std::move(shape), residualSum};
 }
 
+/// \return the minimum that a search came to, in all digits. The search ends where the sum does not change any
+///         more: that is known to half of the digits, and the other half would depend on the C library
+VectorXd LogisticFitter::polished(const VectorXd &shape) const
+{
+    constexpr int most = 100;     // steps; some five are usual
+    constexpr double near = 1e-4; // as long as the first may be
+    VectorXd minimum = shape;
+    MatrixXd jacobian(y.size(), ShapeParameterCount);
+    double last = near;
+    for (int i = 0; i < most; ++i) {
+        problem.df(minimum, jacobian);
+        const ScaledQr decomposition(jacobian);
+        if (!decomposition.hasFullRank())
+            return shape;
+        const VectorXd step = decomposition.solve(problem.project(minimum).residuals);
+        if (!(step.norm() < last)) // only rounding is left of it
+            break;
+        last = step.norm();
+        minimum -= step;
+    }
+    return minimum;
+}
+
 VectorXd LogisticFitter::parameters(const VectorXd &shape) const
 {
     const auto [a, d] = problem.plateaus(shape);
@@ -457,7 +481,7 @@ std::optional<VectorXd> LogisticFitter::fit() const
     for (const End &end : ends) {
         if (end.residualSum > ends.front().residualSum * (1.0 + lead) + roundingSum())
             break;
-        const VectorXd found = parameters(search(end.shape, thorough).shape);
+        const VectorXd found = parameters(polished(search(end.shape, thorough).shape));
         if (isMinimum(found))
             return found;
     }
