@@ -739,7 +739,7 @@ void TestProfileV10Curves::takesLongIdentifiers()
 void TestProfileV10Curves::writesTheLocalDate()
 {
 #ifdef Q_OS_WIN
-    QSKIP("the time zone of a process cannot be changed");
+    QSKIP("the time zone of a process cannot be changed: the local date is NOT tested");
 #else
     // A zone in which it is another day than in UTC, and in which it is not near midnight.
     const QDateTime now = QDateTime::currentDateTimeUtc();

@@ -11,6 +11,10 @@
 
 #include <cstdlib>
 
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#endif
+
 namespace {
 
 /// Straight to the handler, since Qt itself holds back what it does not know.
@@ -19,6 +23,14 @@ void sendUnknown(const QByteArray &text)
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
     qInstallMessageHandler(handler);
     handler(static_cast<QtMsgType>(7), QMessageLogContext(), QString::fromUtf8(text));
+}
+
+[[noreturn]] void vanish()
+{
+#ifdef Q_OS_WIN
+    TerminateProcess(GetCurrentProcess(), 0); // std::_Exit lets the C library write what it holds
+#endif
+    std::_Exit(0);
 }
 
 void send(const QString &name)
@@ -43,7 +55,7 @@ void send(const QString &name)
     else if (name == "close")
         coagulation::closeLog();
     else if (name == "vanish")
-        std::_Exit(0);
+        vanish();
 }
 
 } // namespace

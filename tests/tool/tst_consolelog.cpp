@@ -287,7 +287,7 @@ void TestConsoleLog::leavesMessagesOnStandardErrorWithoutALog()
 void TestConsoleLog::survivesALogThatCannotBeWritten()
 {
     if (!QFile::exists("/dev/full"))
-        QSKIP("no /dev/full on this system");
+        QSKIP("no /dev/full on this system: a log that cannot be written is NOT tested");
 
     const auto process = send({"/dev/full", "debug", "close"});
 
