@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -19,8 +20,7 @@ template <std::size_t size> struct SourcePath {
         std::string_view path = file;
         if (const auto start = path.rfind("coagulation"); start != std::string_view::npos)
             path.remove_prefix(start);
-        for (std::size_t i = 0; i < path.size(); ++i)
-            text[i] = path[i] == '\\' ? '/' : path[i];
+        std::replace_copy(path.begin(), path.end(), text.begin(), '\\', '/');
     }
 };
 
