@@ -25,8 +25,8 @@ int wmain(int argc, wchar_t *argv[])
         std::fputs("fileholder <file> nobody|readers|everybody\n", stderr);
         return 2;
     }
-    const HANDLE file = CreateFileW(argv[1], GENERIC_READ, sharedWith(argv[2]), nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    auto *const file = CreateFileW(argv[1], GENERIC_READ, sharedWith(argv[2]), nullptr,
+                                   OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return 1;
     std::puts("ready");
