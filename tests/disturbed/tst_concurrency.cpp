@@ -179,24 +179,6 @@ QStringList linesUpTo(const QStringList &lines, const QString &last)
     return lines.mid(0, lines.indexOf(last) + 1);
 }
 
-/// \return the part of a log for each database, in their order
-QList<QStringList> partsOf(const QStringList &log)
-{
-    QList<QStringList> parts;
-    for (const QString &line : log) {
-        if (line.startsWith("Debug: Updating ") || parts.isEmpty())
-            parts << QStringList();
-        parts.last() << line;
-    }
-    return parts;
-}
-
-/// \return the files of a folder but the logs
-QStringList databaseFilesIn(const QString &folder)
-{
-    return QDir(folder).entryList({"*.db*"}, QDir::Files, QDir::Name);
-}
-
 const QStringList databaseFiles{"data.db", "profile.db", "qc.db", "syslog.db"};
 
 const QString lockedLine = R"(Warning: Failed to start transaction: "database is locked")";

@@ -80,6 +80,22 @@ QStringList logLines(const QString &path)
     return withoutDriverTexts(log).split('\n', Qt::SkipEmptyParts);
 }
 
+QList<QStringList> partsOf(const QStringList &log)
+{
+    QList<QStringList> parts;
+    for (const QString &line : log) {
+        if (line.startsWith("Debug: Updating ") || parts.isEmpty())
+            parts << QStringList();
+        parts.last() << line;
+    }
+    return parts;
+}
+
+QStringList databaseFilesIn(const QString &folder)
+{
+    return QDir(folder).entryList({"*.db*"}, QDir::Files, QDir::Name);
+}
+
 QProcessEnvironment environmentWithLocale(const QString &locale)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QElapsedTimer>
+#include <QList>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QString>
@@ -63,6 +64,12 @@ ToolRun runToolOn(const QString &program, const QString &folder);
 /// \return the lines of a log, without what the handler puts at their ends and without Qt's own words
 ///         (see withoutDriverTexts()); none when there is no log
 QStringList logLines(const QString &path);
+
+/// \return the part of a log for each database, in their order
+QList<QStringList> partsOf(const QStringList &log);
+
+/// \return the names of the databases in a folder, and of what SQLite keeps beside them
+QStringList databaseFilesIn(const QString &folder);
 
 /// \return the environment of the test, but with a locale; see canHaveLocale()
 QProcessEnvironment environmentWithLocale(const QString &locale);
