@@ -21,9 +21,10 @@ FolderFiles filesIn(const QString &folder)
 
 void setFilesIn(const QString &folder, const FolderFiles &files)
 {
-    for (const QString &name : filesIn(folder).keys()) {
-        if (!QFile::remove(QDir(folder).filePath(name)))
-            qFatal("%s cannot be removed", qUtf8Printable(name));
+    const FolderFiles present = filesIn(folder);
+    for (auto file = present.begin(); file != present.end(); ++file) {
+        if (!QFile::remove(QDir(folder).filePath(file.key())))
+            qFatal("%s cannot be removed", qUtf8Printable(file.key()));
     }
     for (auto file = files.begin(); file != files.end(); ++file) {
         QFile copy(QDir(folder).filePath(file.key()));
