@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <span>
 #include <string>
 
 namespace {
@@ -21,11 +22,12 @@ DWORD sharedWith(const std::wstring &whom)
 
 int wmain(int argc, wchar_t *argv[])
 {
-    if (argc != 3) {
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    if (arguments.size() != 3) {
         std::fputs("fileholder <file> nobody|readers|everybody\n", stderr);
         return 2;
     }
-    auto *const file = CreateFileW(argv[1], GENERIC_READ, sharedWith(argv[2]), nullptr,
+    auto *const file = CreateFileW(arguments[1], GENERIC_READ, sharedWith(arguments[2]), nullptr,
                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return 1;
