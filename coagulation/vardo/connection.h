@@ -13,7 +13,7 @@ QSqlDatabase connection();
 QString quoted(QString name);
 
 /// Opens the connection, whose file is set, for the steps.
-/// \param milliseconds how long to wait while another program holds the file open and shares it with nobody,
+/// \param milliseconds how long to wait while another program holds the file open and lets nobody write to it,
 ///                     as programs can on Windows; then the error is that of a lock
 /// \return an invalid error when it is open
 QSqlError openConnection(int milliseconds = 0);

@@ -439,11 +439,11 @@ LogisticFitter::End LogisticFitter::search(VectorXd shape, int evaluations) cons
 ///         more: that is known to half of the digits, and the other half would depend on the C library
 VectorXd LogisticFitter::polished(const VectorXd &shape) const
 {
-    constexpr int most = 100;     // steps; some five are usual
-    constexpr double near = 1e-4; // as long as the first may be
+    constexpr int most = 100;            // steps; some five are usual
+    constexpr double longestStep = 1e-4; // a search that ended farther away found no minimum
     VectorXd minimum = shape;
     MatrixXd jacobian(y.size(), ShapeParameterCount);
-    double last = near;
+    double last = longestStep;
     for (int i = 0; i < most; ++i) {
         problem.df(minimum, jacobian);
         const ScaledQr decomposition(jacobian);
