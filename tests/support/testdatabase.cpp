@@ -122,7 +122,9 @@ void TestDatabase::load(const QString &sample) const
     shell.setStandardInputFile(QString(SAMPLES) + '/' + sample);
     shell.start(sqliteShell(), {"-bail", "-cmd", "pragma synchronous=off", path()});
     if (!shell.waitForFinished() || shell.exitCode() != 0)
-        qFatal("%s: %s", qUtf8Printable(sample), shell.readAllStandardError().constData());
+        qFatal("%s: %s, exit code %d: %s", qUtf8Printable(sample),
+               qUtf8Printable(shell.errorString()), shell.exitCode(),
+               shell.readAllStandardError().constData());
 }
 
 void TestDatabase::execute(const QStringList &statements) const
