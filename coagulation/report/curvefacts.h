@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "coagulation/report/facts.h"
+
+class QSqlDatabase;
+
+namespace coagulation::report {
+
+/// Reads the standard curves that were fitted once more: those whose validity, date, correlation or coefficients
+/// differ. Layouts that lack a table or column give what they have.
+/// \param connection with the database before as main, and the one after attached as `after`
+QList<CurveFacts> refittedCurves(const QSqlDatabase &connection);
+
+} // namespace coagulation::report

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <array>
+#include <optional>
+
+/// What a report says, as plain data: found by the comparison and the run of vardo, shown by the page and by
+/// the JSON file. Values of databases stand here as literals of SQL, so that 1, 1.0 and '1' differ: texts in
+/// quotes, NULL, blobs as X'…'. A long one is shortened and says so.
+namespace coagulation::report {
+
+struct FileFacts {
+    QString path; ///< absolute
+    qint64 bytes = 0;
+    QByteArray sha256; ///< in hexadecimal digits; empty if the file could not be read
+};
+
+struct Cell {
+    QString column;
+    QString value; ///< a literal
+};
+
+/// A row that is on one side only, or that has another key now.
+struct RowFacts {
+    QString key; ///< "id = 3", "name = 'PT'", "rowid = 7"
+    QString newKey{}; ///< of a row that has another one after the upgrade; else empty
+    QList<Cell> cells{};
+};
+
+struct ChangedCell {
+    QString column;
+    QString before; ///< a literal
+    QString after;  ///< a literal
+    /// The cell held a value that is not there any more. Not so if it was NULL, or a time that only lost its
+    /// fraction of a second.
+    bool overwritten = false;
+};
+
+struct ChangedRow {
+    QString key;
+    QList<ChangedCell> cells;
+};
+
+/// How many rows have another value in a column.
+struct ColumnChanges {
+    QString column;
+    qint64 rows = 0;
+    qint64 overwritten = 0; ///< of these; see ChangedCell
+};
+
+struct TableFacts {
+    QString name;
+    bool viewAfter = false;             ///< the table became a view
+    std::optional<qint64> rowsBefore{}; ///< none: there was no such table
+    std::optional<qint64> rowsAfter{};  ///< none: there is no such table or view any more
+    QStringList columnsAdded{};
+    QStringList columnsRemoved{};
+    qint64 added = 0;   ///< rows
+    qint64 removed = 0; ///< rows
+    qint64 renamed = 0; ///< rows that have another key; neither added nor removed
+    qint64 changed = 0; ///< rows
+    QList<ColumnChanges> changedColumns{};
+    QList<RowFacts> addedRows{};      ///< examples
+    QList<RowFacts> removedRows{};    ///< examples
+    QList<RowFacts> renamedRows{};    ///< examples
+    QList<ChangedRow> changedRows{};  ///< all, or examples
+    QString problem{}; ///< why the rows were not compared; empty if they were
+};
+
+/// An index, trigger, view or table.
+struct ObjectFacts {
+    QString type; ///< "index", "trigger", "view", "table"
+    QString name;
+    QString table; ///< that it belongs to
+};
+
+enum class StepResult { Pass, Fail, Skip };
+
+struct StepFacts {
+    QString signature; ///< "update_v12()"
+    StepResult result = StepResult::Skip;
+    std::optional<qint64> milliseconds{}; ///< none if nobody watched the run
+};
+
+struct PointFacts {
+    double x = 0.0;                 ///< in the curve's x unit
+    double y = 0.0;                 ///< in the curve's y unit
+    std::optional<double> zBefore{}; ///< the curve's y at x, as stored before
+    std::optional<double> zAfter{};
+    bool excluded = false;
+    bool outlier = false;
+};
+
+/// What is stored of a curve on one side.
+struct CurveState {
+    std::optional<bool> valid{}; ///< none: NULL
+    QString date;
+    std::optional<double> correlation{};
+    std::array<std::optional<double>, 5> coefficients{}; ///< a to e
+};
+
+/// A standard curve of the profile database that was fitted once more.
+struct CurveFacts {
+    QString key; ///< "id = 3"
+    QString name;
+    QString xUnit;
+    QString yUnit;
+    std::optional<int> method{}; ///< the calibration's: 0 linear, 4 four-parameter logistic
+    std::optional<int> xFunction{}; ///< of the fit: 0 linear, 1 logarithm
+    std::optional<int> yFunction{};
+    bool logarithmicX = false; ///< of the axes that the calibration displays
+    bool logarithmicY = false;
+    CurveState before;
+    CurveState after;
+    QList<PointFacts> points{};
+    /// The largest difference between both curves over the calibrated range, in per cent of the result after
+    /// the upgrade; none if one of them cannot be drawn.
+    std::optional<double> largestDifference{};
+};
+
+/// One of the four databases.
+struct DatabaseFacts {
+    QString name; ///< "profile", "data", "qc" or "syslog"
+    int newestVersion = 0; ///< that this program knows
+    QList<FileFacts> filesBefore{}; ///< the database and what SQLite keeps beside it; none: there was none
+    QList<FileFacts> filesAfter{};
+    std::optional<int> versionBefore{}; ///< none: none is stored
+    std::optional<int> versionAfter{};
+    QList<StepFacts> steps{}; ///< of the log
+    std::optional<qint64> milliseconds{}; ///< of the upgrade
+    QString integrityBefore{}; ///< SQLite's first finding; "ok" if there is none; empty if it was not asked
+    QString integrityAfter{};
+    QString problem{}; ///< why it was not rehearsed or compared, a sentence; empty if it was
+    QList<TableFacts> tables{};
+    QList<ObjectFacts> objectsGone{}; ///< indexes, triggers, views; tables stand among the tables
+    QList<ObjectFacts> objectsNew{};
+    QList<CurveFacts> curves{};
+};
+
+struct LogLine {
+    QString text; ///< without what the log puts at its end
+    std::optional<qint64> milliseconds{}; ///< since the start of the run, when it was read
+    bool warning = false;
+};
+
+/// What a person must look at, with the place of the report that has the details.
+struct Attention {
+    enum class Kind {
+        Failure,       ///< of the upgrade, or of a database that could not be read
+        InvalidCurve,
+        RefittedCurve,
+        LostRows,      ///< a table …_unmoved, or rows that are not there any more
+        GoneObject,    ///< a column, index, trigger, view or table
+        Overwritten,   ///< values
+        ReagentIdentifier,
+        LoweredVersion,
+        Warning,       ///< of the log
+    };
+    Kind kind;
+    QString text;   ///< a sentence
+    QString anchor; ///< the identifier of the place in the page
+};
+
+struct Record {
+    QDateTime time{};
+    QString host{};
+    QString user{};
+    QString program{}; ///< path of the vardo that ran; empty in a comparison
+    QByteArray programSha256{};
+    QString vardoVersion{};
+    QString qtVersion{};
+    QString sqliteVersion{};
+};
+
+enum class Use { Rehearsal, Comparison };
+
+struct Report {
+    Use use = Use::Rehearsal;
+    bool examplesOfPatients = false; ///< of the data database, which the user asked for
+    Record record{};
+    QList<DatabaseFacts> databases{}; ///< in the order of the upgrade
+    QList<LogLine> log{};
+    std::optional<int> exitCode{}; ///< of vardo; none if it did not run or did not exit by itself
+    std::optional<qint64> milliseconds{}; ///< of the upgrade as a whole
+    QString problem{}; ///< why vardo did not run to its end, a sentence; empty if it did
+    QList<Attention> attention{};
+};
+
+} // namespace coagulation::report
