@@ -6,10 +6,7 @@
 namespace coagulation::report {
 
 /// \param ownFolder a folder that this process made, whose owner is the user
-/// \return time, host, user and versions
-Record recordOf(const QString &ownFolder);
-
-/// \return SHA-256 of a file in hexadecimal digits; empty if it cannot be read
-QByteArray sha256Of(const QString &path);
+/// \param program path of the vardo that ran; empty if none did
+Record recordOf(const QString &ownFolder, const QString &program);
 
 } // namespace coagulation::report

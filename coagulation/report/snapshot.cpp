@@ -1,2 +1,238 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/report/snapshot.h"
+
+#include "coagulation/report/readlock.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+namespace coagulation::report {
+
+namespace {
+
+/// The copy of one database, which grows file by file.
+class Copying {
+public:
+    Copying(QString sourcePath, QString targetPath, const BytesRead &bytesRead)
+        : source(std::move(sourcePath))
+        , target(std::move(targetPath))
+        , progress(bytesRead)
+    {
+    }
+
+    /// \param file of the database, open for reading
+    /// \param ending of its name after that of the database, for example "-wal"
+    bool copy(QFile &file, const QString &ending = {})
+    {
+        const CopyResult copied = copyFile(file, target + ending, progress);
+        switch (copied.state) {
+        case CopyState::Copied:
+            result.files << FileFacts{QFileInfo(file).absoluteFilePath(), copied.bytes, {}};
+            break;
+        case CopyState::NotRead:
+            fail(Snapshot::State::Unreadable,
+                 QString("%1 cannot be read: %2.").arg(file.fileName(), copied.error));
+            break;
+        case CopyState::NotWritten:
+            fail(Snapshot::State::NotWritten,
+                 QString("%1 cannot be written: %2.").arg(target + ending, copied.error));
+            break;
+        case CopyState::Stopped:
+            fail(Snapshot::State::Stopped, "The copying was stopped.");
+            break;
+        }
+        return result.state == Snapshot::State::Copied;
+    }
+
+    /// Copies a file beside the database, if it is there and holds something.
+    bool copyBeside(const QString &ending)
+    {
+        QFile file(source + ending);
+        if (!file.exists() || file.size() == 0)
+            return true;
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            fail(Snapshot::State::Unreadable,
+                 QString("%1 cannot be read: %2.").arg(file.fileName(), file.errorString()));
+            return false;
+        }
+        return copy(file, ending);
+    }
+
+    void fail(Snapshot::State state, const QString &problem)
+    {
+        removeCopies();
+        result = {state, problem, {}};
+    }
+
+    void removeLast(const QString &ending)
+    {
+        if (QFile::remove(target + ending))
+            result.files.removeLast();
+    }
+
+    Snapshot snapshot() const { return result; }
+    QString path() const { return source; }
+
+private:
+    void removeCopies()
+    {
+        for (const char *ending : {"", "-journal", "-wal"})
+            QFile::remove(target + ending);
+    }
+
+    QString source;
+    QString target;
+    const BytesRead &progress;
+    Snapshot result{};
+};
+
+/// \return what changes when a program starts a write-ahead log afresh
+QByteArray headerOfLog(const QString &database)
+{
+    constexpr qint64 headerBytes = 32;
+    QFile log(database + "-wal");
+    return log.open(QIODevice::ReadOnly) ? log.read(headerBytes) : QByteArray();
+}
+
+/// Copies the write-ahead log beside a locked database. While the lock is held, the log only grows, and SQLite
+/// ignores the end of a copy that tears a commit. But if all of the log was in the database already, another
+/// program may start it afresh, once. A copy of both halves would hold old pages as if they were new.
+bool copyLog(Copying &copying)
+{
+    constexpr int tries = 3;
+    for (int i = 0; i < tries; ++i) {
+        const QByteArray header = headerOfLog(copying.path());
+        if (!copying.copyBeside("-wal"))
+            return false;
+        if (headerOfLog(copying.path()) == header)
+            return true;
+        copying.removeLast("-wal");
+    }
+    copying.fail(Snapshot::State::Unreadable,
+                 QString("The write-ahead log of %1 changes too often.").arg(copying.path()));
+    return false;
+}
+
+/// Copies what is there without a lock.
+void copyAsItIs(Copying &copying, QFile &file)
+{
+    if (copying.copy(file) && copying.copyBeside("-journal"))
+        copying.copyBeside("-wal");
+}
+
+/// \return what shows that another program has worked on a database
+QStringList traces(const QString &database)
+{
+    QStringList traces;
+    for (const char *ending : {"", "-journal", "-wal", "-shm"}) {
+        const QFileInfo file(database + ending);
+        if (file.exists())
+            traces << QString("%1 %2 %3")
+                          .arg(ending, QString::number(file.size()),
+                               file.lastModified().toString(Qt::ISODateWithMs));
+    }
+    return traces;
+}
+
+/// Copies a database in a folder where SQLite may not write what it needs for its lock: the index of a write-ahead
+/// log, or the file itself, to play back a journal. As long as nobody has made the index or changed a file,
+/// nobody has used the database.
+void copyUnused(Copying &copying, QFile &file, const QString &error)
+{
+    const QStringList before = traces(copying.path());
+    if (QFile::exists(copying.path() + "-shm")) {
+        copying.fail(Snapshot::State::Unreadable,
+                     QString("%1 cannot be locked: %2.").arg(copying.path(), error));
+        return;
+    }
+    copyAsItIs(copying, file);
+    if (copying.snapshot().state == Snapshot::State::Copied && traces(copying.path()) != before)
+        copying.fail(Snapshot::State::Unreadable,
+                     QString("%1 changed while it was copied, and cannot be locked: %2.")
+                         .arg(copying.path(), error));
+}
+
+} // namespace
+
+Snapshot takeSnapshot(const QString &source, const QString &target, const BytesRead &progress)
+{
+    Copying copying(source, target, progress);
+    // Open before the lock is taken, and until it is given up; see ReadLock. Unbuffered, so that nothing is read
+    // before the lock.
+    QFile file(source);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        copying.fail(Snapshot::State::Unreadable,
+                     QString("%1 cannot be read: %2.").arg(source, file.errorString()));
+        return copying.snapshot();
+    }
+    const ReadLock lock(source);
+    switch (lock.state()) {
+    case ReadLock::State::Held:
+        // No journal: one that stands beside a locked file belongs to a transaction that has not touched the
+        // file yet.
+        if (copying.copy(file))
+            copyLog(copying);
+        break;
+    case ReadLock::State::Damaged:
+        copyAsItIs(copying, file);
+        break;
+    case ReadLock::State::Refused:
+        copyUnused(copying, file, lock.error());
+        break;
+    case ReadLock::State::Busy:
+        copying.fail(Snapshot::State::Unreadable,
+                     QString("%1 is locked by another program.").arg(source));
+        break;
+    case ReadLock::State::Failed:
+        copying.fail(Snapshot::State::Unreadable,
+                     QString("%1 cannot be read: %2.").arg(source, lock.error()));
+        break;
+    }
+    return copying.snapshot();
+}
+
+QString copySnapshot(const QString &source, const QString &target, const BytesRead &progress)
+{
+    for (const QString &path : filesOf(source)) {
+        QFile file(path);
+        const QString copy = target + path.mid(source.size());
+        if (!file.copy(copy))
+            return QString("%1 cannot be written: %2.").arg(copy, file.errorString());
+        if (!progress(file.size()))
+            return "The copying was stopped.";
+    }
+    return {};
+}
+
+QStringList filesOf(const QString &database)
+{
+    QStringList files;
+    if (QFileInfo::exists(database)) {
+        for (const char *ending : {"", "-journal", "-wal"}) {
+            if (QFileInfo::exists(database + ending))
+                files << database + ending;
+        }
+    }
+    return files;
+}
+
+QList<FileFacts> factsOfFiles(const QString &database)
+{
+    QList<FileFacts> facts;
+    for (const QString &path : filesOf(database)) {
+        const QFileInfo file(path);
+        facts << FileFacts{file.absoluteFilePath(), file.size(), {}};
+    }
+    return facts;
+}
+
+qint64 bytesOf(const QString &database)
+{
+    qint64 bytes = 0;
+    for (const QString &path : filesOf(database))
+        bytes += QFileInfo(path).size();
+    return bytes;
+}
+
+} // namespace coagulation::report

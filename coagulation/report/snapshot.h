@@ -2,8 +2,7 @@
 #pragma once
 
 #include "coagulation/report/facts.h"
-
-#include <functional>
+#include "coagulation/report/filecopy.h"
 
 /// Copies of databases that other programs may be using.
 namespace coagulation::report {
@@ -16,8 +15,10 @@ struct Snapshot {
         Stopped,    ///< `progress` returned false
     };
     State state = State::Copied;
-    QString problem{};        ///< a sentence, if it was not copied
-    QList<FileFacts> files{}; ///< the originals as they were copied: paths, sizes, digests
+    QString problem{}; ///< a sentence, if it was not copied
+    /// The originals as they were copied, without digests: these take longer than the copy, and others wait
+    /// for the end of the copy. The copies have them.
+    QList<FileFacts> files{};
 };
 
 /// Copies a database, and the write-ahead log beside it, so that the copy is one state of it whatever other
@@ -26,29 +27,25 @@ struct Snapshot {
 ///
 /// The original keeps every byte, with one exception: SQLite plays back a journal that a crash has left before
 /// it gives the lock. A file that SQLite cannot read, being damaged or no database, is copied as it is, with its
-/// journal and its write-ahead log.
+/// journal and its write-ahead log. So is one whose lock takes a file beside it that may not be written: nobody
+/// else has it open then.
 /// \param source path of the database, which exists
 /// \param target path of the copy, which does not exist yet
 /// \param progress called with the number of bytes read since the last call; false stops the copying
-Snapshot takeSnapshot(const QString &source, const QString &target,
-                      const std::function<bool(qint64)> &progress);
+Snapshot takeSnapshot(const QString &source, const QString &target, const BytesRead &progress);
 
 /// Makes the second copy of a snapshot, with what stands beside it.
-/// \return false if it cannot be written
-bool copySnapshot(const QString &source, const QString &target,
-                  const std::function<bool(qint64)> &progress);
+/// \return why it cannot be written; empty if it is written
+QString copySnapshot(const QString &source, const QString &target, const BytesRead &progress);
 
-/// \return the database and what SQLite keeps beside it, as they are: paths, sizes, digests; none if there is
-///         no such database
-QList<FileFacts> filesOf(const QString &database);
+/// \return the paths of a database and of what SQLite keeps beside it, as far as they exist: the database, its
+///         journal, its write-ahead log; none if there is no such database
+QStringList filesOf(const QString &database);
 
-/// How much space a rehearsal takes, in bytes.
-struct SpaceNeeded {
-    qint64 copies = 0;  ///< two of each database
-    qint64 upgrade = 0; ///< what the databases grow by, and the journal and temporary files of the largest one
-};
+/// \return the same with sizes, and without digests
+QList<FileFacts> factsOfFiles(const QString &database);
 
-/// \param databases paths; missing ones take no space
-SpaceNeeded spaceNeededFor(const QStringList &databases);
+/// \return the sizes of these files together
+qint64 bytesOf(const QString &database);
 
 } // namespace coagulation::report

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "coagulation/report/facts.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QStringList>
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+class QFile;
+class QThread;
+
+namespace coagulation::report {
+
+/// Computes digests of files in the background: for large databases that takes as long as the upgrade.
+class Digests {
+public:
+    /// Opens the files and begins. They stay open as long as this lives, since a file that is closed would give
+    /// up the locks that SQLite holds on it in this process.
+    explicit Digests(const QStringList &paths);
+    /// Stops what is not done yet.
+    ~Digests();
+    Q_DISABLE_COPY_MOVE(Digests)
+
+    /// Waits for the end.
+    /// \return SHA-256 in hexadecimal digits for each path; empty for a file that cannot be read
+    QHash<QString, QByteArray> result();
+
+private:
+    void compute();
+
+    std::vector<std::unique_ptr<QFile>> files{};
+    QHash<QString, QByteArray> digests{};
+    std::atomic<bool> stopped = false;
+    std::unique_ptr<QThread> thread;
+};
+
+/// \param digests of the paths of these files
+void setDigests(QList<FileFacts> &files, const QHash<QString, QByteArray> &digests);
+
+} // namespace coagulation::report

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "coagulation/report/outputs.h"
+
+#include "coagulation/report/json.h"
+#include "coagulation/report/page.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <cstdio>
+
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+#endif
+
+namespace coagulation::report {
+
+namespace {
+
+QStringList outputsOf(const CommandLine &command)
+{
+    QStringList outputs{command.page};
+    if (!command.json.isEmpty())
+        outputs << command.json;
+    return outputs;
+}
+
+/// \return what the program reads, and must not write
+QStringList inputsOf(const CommandLine &command)
+{
+    const QStringList folders = command.use == Use::Rehearsal
+        ? QStringList{command.folder}
+        : QStringList{command.before + '/', command.after + '/'};
+    QStringList inputs{command.log};
+    for (const QString &folder : folders) {
+        for (const QString &database : databases()) {
+            for (const char *ending : {"", "-journal", "-wal", "-shm"})
+                inputs << folder + command.names.fileName(database) + ending;
+        }
+    }
+    return inputs;
+}
+
+bool isSameFile(const QString &first, const QString &second)
+{
+    const QFileInfo one(first);
+    const QFileInfo other(second);
+    if (one.exists() && other.exists())
+        return one == other;
+    return QDir::cleanPath(one.absoluteFilePath()) == QDir::cleanPath(other.absoluteFilePath());
+}
+
+QString notWritten(const QFileDevice &file)
+{
+    return QString("%1 cannot be written: %2.").arg(file.fileName(), file.errorString());
+}
+
+/// \param write puts the content into the file; false if it takes no more
+/// \return what is wrong; empty if nothing is
+QString save(const QString &path, const std::function<bool(QIODevice &)> &write)
+{
+    QSaveFile file(path);
+    const bool saved = file.open(QIODevice::WriteOnly) && write(file) && file.commit();
+    return saved ? QString() : notWritten(file);
+}
+
+} // namespace
+
+QString problemOfOutputs(const CommandLine &command)
+{
+    const QStringList inputs = inputsOf(command);
+    for (const QString &output : outputsOf(command)) {
+        for (const QString &input : inputs) {
+            if (!input.isEmpty() && isSameFile(output, input))
+                return QString("%1 would be overwritten.").arg(input);
+        }
+        QSaveFile file(output);
+        if (!file.open(QIODevice::WriteOnly))
+            return notWritten(file);
+        file.cancelWriting();
+    }
+    if (!command.json.isEmpty() && isSameFile(command.page, command.json))
+        return "The page and the file for programs have the same name.";
+    return {};
+}
+
+QString writeOutputs(const CommandLine &command, const Report &report)
+{
+    QString problem = save(command.page, [&](QIODevice &file) { return writePage(file, report); });
+    if (problem.isEmpty() && !command.json.isEmpty()) {
+        problem = save(command.json, [&](QIODevice &file) {
+            const QByteArray json = toJson(report);
+            return file.write(json) == json.size();
+        });
+    }
+    return problem;
+}
+
+void printOutput(const QString &text)
+{
+#ifdef Q_OS_WIN
+    // A console would take bytes for letters of its own code page.
+    auto *const console = GetStdHandle(STD_OUTPUT_HANDLE);
+    if (DWORD mode = 0; GetConsoleMode(console, &mode) != 0) {
+        WriteConsoleW(console, text.utf16(), static_cast<DWORD>(text.size()), nullptr, nullptr);
+        return;
+    }
+#endif
+    std::fputs(text.toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace coagulation::report
