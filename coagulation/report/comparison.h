@@ -14,8 +14,8 @@ struct ComparisonOptions {
     bool examples = true;        ///< rows as examples; otherwise counts only
 };
 
-constexpr qint64 mostExamples = 20;  ///< of a kind, in each table
-constexpr qint64 mostRows = 20'000;  ///< changed rows of a table that a report holds
+constexpr qint64 mostExamples = 20; ///< of a kind, in each table
+constexpr qint64 mostRows = 20'000; ///< changed rows of a table that a report holds
 
 /// Compares tables, indexes, triggers and views. Rows meet by primary key, or by rowid where there is none.
 /// Both files stay as they are. What cannot be compared becomes a sentence in the facts.
@@ -23,7 +23,8 @@ constexpr qint64 mostRows = 20'000;  ///< changed rows of a table that a report 
 /// \param before, after paths of both files, which exist
 /// \param progress called with the name of each table before it is compared; false ends the comparison
 void compare(DatabaseFacts &facts, const QString &before, const QString &after,
-             const ComparisonOptions &options, const std::function<bool(const QString &)> &progress);
+             const ComparisonOptions &options,
+             const std::function<bool(const QString &)> &progress);
 
 /// \return the version of the newest step that this program knows
 /// \param name of the database, "profile", "data", "qc" or "syslog"

@@ -1,0 +1,315 @@
+// SPDX-License-Identifier: MIT
+#include "coagulation/report/tablecomparison.h"
+
+#include "coagulation/report/databasepair.h"
+#include "coagulation/report/tablerows.h"
+
+#include <QSqlQuery>
+#include <QVariant>
+
+#include <algorithm>
+
+namespace coagulation::report {
+
+namespace {
+
+class TableComparison {
+public:
+    TableComparison(const ComparisonContext &shared, TableFacts &table)
+        : context(shared)
+        , questions(shared.connection)
+        , facts(table)
+    {
+    }
+
+    void compareBoth(const SchemaEntry &before, const SchemaEntry &after);
+    void showGone(const SchemaEntry &before);
+    void showNew(const SchemaEntry &after);
+
+    bool failed() const { return questions.failed(); }
+    QString predicate() const { return questions.predicate(); }
+
+private:
+    qint64 countRows(const TableLayout &layout);
+    bool isCheapToRead(const TableLayout &view);
+    void compareColumns();
+    void countMeetings();
+    QString contents() const;
+    void countContents();
+    QString twins() const;
+    void countRenamed();
+    void countChangedColumns();
+    void readExamples();
+    QString contentsOnOneSide(bool before) const;
+    qint64 mostLost() const { return context.options.allChangedRows ? mostRows : mostExamples; }
+
+    const ComparisonContext &context;
+    Questions questions;
+    TableFacts &facts;
+    TablePair pair{};
+    bool meetsByContent = false;
+    QList<CommonColumn> changedColumns{};
+};
+
+qint64 TableComparison::countRows(const TableLayout &layout)
+{
+    return questions.value("select count(*) from " + layout.quotedName()).toLongLong();
+}
+
+/// \return whether the rows of a view cost no more than a look-up each. A view could as well never end.
+bool TableComparison::isCheapToRead(const TableLayout &view)
+{
+    int scans = 0;
+    bool cheap = true;
+    questions.ask("explain query plan select * from " + view.quotedName(), {},
+                  [&](const QSqlQuery &row) {
+                      const QString step = row.value(3).toString();
+                      if (step.startsWith("SCAN ") && !step.contains("VIRTUAL TABLE"))
+                          ++scans;
+                      else if (!step.startsWith("SEARCH ")
+                               || !step.contains("USING INTEGER PRIMARY KEY (rowid=?)"))
+                          cheap = false;
+                      return true;
+                  });
+    return cheap && scans <= 1;
+}
+
+void TableComparison::compareBoth(const SchemaEntry &before, const SchemaEntry &after)
+{
+    const TableLayout layoutBefore = layoutOf(questions, schemaBefore, before);
+    const TableLayout layoutAfter = layoutOf(questions, schemaAfter, after);
+    facts.viewAfter = layoutAfter.view;
+    if (layoutAfter.view && !isCheapToRead(layoutAfter) && !failed()) {
+        facts.rowsBefore = countRows(layoutBefore);
+        facts.problem = "a view after the upgrade, which takes too long to be read";
+        return;
+    }
+    pair = pairOf(questions, layoutBefore, layoutAfter);
+    compareColumns();
+    const qint64 rowsBefore = countRows(layoutBefore);
+    const qint64 rowsAfter = countRows(layoutAfter);
+    if (failed())
+        return;
+    facts.rowsBefore = rowsBefore;
+    facts.rowsAfter = rowsAfter;
+    countMeetings();
+    if (!pair.byPrimaryKey && facts.changed + facts.added + facts.removed > 0)
+        countContents();
+    if (facts.added > 0 && facts.removed > 0)
+        countRenamed();
+    if (facts.changed > 0)
+        countChangedColumns();
+    if (context.options.examples)
+        readExamples();
+}
+
+void TableComparison::showGone(const SchemaEntry &before)
+{
+    const TableLayout layout = layoutOf(questions, schemaBefore, before);
+    facts.removed = countRows(layout);
+    facts.rowsBefore = facts.removed;
+    if (context.options.examples && facts.removed > 0)
+        facts.removedRows = readRows(questions, context.literals, layout, "b", layout.keyOrRowid(),
+                                     {{}, mostLost()});
+}
+
+void TableComparison::showNew(const SchemaEntry &after)
+{
+    const TableLayout layout = layoutOf(questions, schemaAfter, after);
+    facts.added = countRows(layout);
+    facts.rowsAfter = facts.added;
+    if (context.options.examples && facts.added > 0)
+        facts.addedRows =
+            readRows(questions, context.literals, layout, "a", layout.keyOrRowid(), {});
+}
+
+void TableComparison::compareColumns()
+{
+    for (const Column &column : pair.before.columns) {
+        if (pair.after.column(column.name) == nullptr)
+            facts.columnsRemoved << column.name;
+    }
+    for (const Column &column : pair.after.columns) {
+        if (pair.before.column(column.name) == nullptr)
+            facts.columnsAdded << column.name;
+    }
+}
+
+/// Counts the rows that meet, and those of them that differ, in one pass over both tables.
+void TableComparison::countMeetings()
+{
+    if (pair.key.isEmpty()) {
+        facts.added = *facts.rowsAfter;
+        facts.removed = *facts.rowsBefore;
+        return;
+    }
+    questions.ask(QString("select count(*), coalesce(sum(%1), 0) from %2")
+                      .arg(differsInAny(pair.columns), pair.joined()),
+                  {}, [this](const QSqlQuery &row) {
+                      const qint64 met = row.value(0).toLongLong();
+                      // a view may show a row twice
+                      facts.added = std::max<qint64>(*facts.rowsAfter - met, 0);
+                      facts.removed = std::max<qint64>(*facts.rowsBefore - met, 0);
+                      facts.changed = row.value(1).toLongLong();
+                      return true;
+                  });
+}
+
+/// \return the groups of equal rows whose number differs, as a query: `difference` is above 0 if there are more
+///         after the upgrade; `before` and `after` are rowids, one of each group
+QString TableComparison::contents() const
+{
+    QStringList before;
+    QStringList after;
+    QStringList groups;
+    for (qsizetype i = 0; i < pair.columns.size(); ++i) {
+        const QString name = QString("c%1").arg(i);
+        before << pair.columns.at(i).before + " as " + name;
+        after << pair.columns.at(i).after;
+        groups << QString("%1 collate binary, typeof(%1)").arg(name);
+    }
+    return QString("select sum(d) as difference, max(rb) as before, max(ra) as after from ("
+                   "select -1 as d, %1 as rb, null as ra, %2 from %3 union all"
+                   " select 1, null, %4, %5 from %6) group by %7 having sum(d) <> 0")
+        .arg(pair.rowid ? pair.rowid->before : QString("null"), before.join(", "),
+             pair.before.quotedName(), pair.rowid ? pair.rowid->after : QString("null"),
+             after.join(", "), pair.after.quotedName(), groups.join(", "));
+}
+
+/// Compares the contents of rows without a key. If a table was made anew, its rowids may have shifted.
+void TableComparison::countContents()
+{
+    if (pair.columns.isEmpty())
+        return;
+    questions.ask(QString("select coalesce(sum(max(difference, 0)), 0),"
+                          " coalesce(sum(max(-difference, 0)), 0) from (%1)")
+                      .arg(contents()),
+                  {}, [this](const QSqlQuery &row) {
+                      const qint64 added = row.value(0).toLongLong();
+                      const qint64 removed = row.value(1).toLongLong();
+                      if (!pair.key.isEmpty()
+                          && added + removed >= facts.added + facts.removed + facts.changed)
+                          return false;
+                      meetsByContent = true;
+                      facts.added = added;
+                      facts.removed = removed;
+                      facts.changed = 0;
+                      return false;
+                  });
+}
+
+/// \return the pairs of rows that have another key, but the same rowid and the same other values
+QString TableComparison::twins() const
+{
+    QList<CommonColumn> others = pair.columns;
+    others.removeIf([this](const CommonColumn &column) {
+        return std::any_of(pair.key.begin(), pair.key.end(), [&column](const CommonColumn &part) {
+            return part.before == column.before;
+        });
+    });
+    return QString("%1 as b join %2 as a on b.%3 = a.%4 where %5 and %6 and not %7")
+        .arg(pair.before.quotedName(), pair.after.quotedName(), pair.rowid->before,
+             pair.rowid->after, pair.onlyBefore(), pair.onlyAfter(), differsInAny(others));
+}
+
+void TableComparison::countRenamed()
+{
+    const bool keyIsRowid = pair.before.collations.isEmpty();
+    if (!pair.byPrimaryKey || !pair.rowid || keyIsRowid)
+        return;
+    facts.renamed = questions.value("select count(*) from " + twins()).toLongLong();
+    facts.added -= facts.renamed;
+    facts.removed -= facts.renamed;
+}
+
+void TableComparison::countChangedColumns()
+{
+    constexpr qsizetype atOnce = 500; // of SQLite's 2,000 terms
+    for (qsizetype first = 0; first < pair.columns.size(); first += atOnce) {
+        const QList<CommonColumn> columns =
+            pair.columns.sliced(first, std::min(atOnce, pair.columns.size() - first));
+        QStringList sums;
+        for (const CommonColumn &column : columns)
+            sums << QString("sum(%1)").arg(differs(column))
+                 << QString("sum(case when %1 then %2 end)")
+                        .arg(differs(column), isOverwritten(column));
+        questions.ask(QString("select %1 from %2").arg(sums.join(", "), pair.joined()), {},
+                      [&](const QSqlQuery &row) {
+                          int term = 0;
+                          for (const CommonColumn &column : columns) {
+                              const qint64 rows = row.value(term).toLongLong();
+                              if (rows > 0) {
+                                  facts.changedColumns << ColumnChanges{
+                                      column.name, rows, row.value(term + 1).toLongLong()};
+                                  changedColumns << column;
+                              }
+                              term += 2;
+                          }
+                          return false;
+                      });
+    }
+}
+
+/// \return the condition for rows of one side that have no equal one on the other
+QString TableComparison::contentsOnOneSide(bool before) const
+{
+    return QString("%1 in (select %2 from (%3) where difference %4 0)")
+        .arg(before ? "b." + pair.rowid->before : "a." + pair.rowid->after,
+             before ? "before" : "after", contents(), before ? "<" : ">");
+}
+
+void TableComparison::readExamples()
+{
+    const bool canFindRows = !pair.key.isEmpty() && !(meetsByContent && !pair.rowid);
+    if (!canFindRows)
+        return;
+    QStringList key;
+    for (const CommonColumn &column : pair.key)
+        key << column.name;
+    const QString renamedBefore = QString("b.%1 not in (select b.%1 from %2)");
+    const QString renamedAfter = QString("a.%1 not in (select a.%1 from %2)");
+    if (facts.removed > 0) {
+        QString condition = meetsByContent ? contentsOnOneSide(true) : pair.onlyBefore();
+        if (facts.renamed > 0)
+            condition += " and " + renamedBefore.arg(pair.rowid->before, twins());
+        facts.removedRows = readRows(questions, context.literals, pair.before, "b", key,
+                                     {condition, std::min(facts.removed, mostLost())});
+    }
+    if (facts.added > 0) {
+        QString condition = meetsByContent ? contentsOnOneSide(false) : pair.onlyAfter();
+        if (facts.renamed > 0)
+            condition += " and " + renamedAfter.arg(pair.rowid->after, twins());
+        facts.addedRows = readRows(questions, context.literals, pair.after, "a", key,
+                                   {condition, std::min(facts.added, mostExamples)});
+    }
+    if (facts.renamed > 0)
+        facts.renamedRows = readRenamedRows(questions, context.literals, pair, twins(), mostLost());
+    if (facts.changed > 0)
+        facts.changedRows = readChangedRows(questions, context.literals, pair, changedColumns,
+                                            std::min(facts.changed, mostLost()));
+}
+
+} // namespace
+
+void compareTable(const ComparisonContext &context, const std::optional<SchemaEntry> &before,
+                  const std::optional<SchemaEntry> &after, TableFacts &facts)
+{
+    const auto isVirtual = [](const std::optional<SchemaEntry> &entry) {
+        return entry && entry->kind == SchemaEntry::Kind::Virtual;
+    };
+    if (isVirtual(before) || isVirtual(after)) {
+        facts.problem = "a virtual table, not compared";
+        return;
+    }
+    TableComparison comparison(context, facts);
+    if (before && after)
+        comparison.compareBoth(*before, *after);
+    else if (before)
+        comparison.showGone(*before);
+    else if (after)
+        comparison.showNew(*after);
+    if (comparison.failed())
+        facts.problem = "The table " + comparison.predicate() + '.';
+}
+
+} // namespace coagulation::report

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: MIT
+#include "coagulation/report/tablerows.h"
+
+#include "coagulation/report/databasepair.h"
+#include "coagulation/vardo/connection.h"
+
+#include <QSqlQuery>
+#include <QVariant>
+
+#include <algorithm>
+
+namespace coagulation::report {
+
+namespace {
+
+/// SQLite's select lists are limited, and nobody reads rows that are wider.
+constexpr qsizetype mostColumns = 200;
+
+/// The letters of all values that are kept of a table, so that its rows do not take the memory whatever they hold.
+constexpr qsizetype mostLetters = 4'000'000;
+
+/// \return "id = 3", or "curveId = 1, name = 'ISI'"
+/// \param column of the row's first term of the key
+QString keyText(const Literals &literals, const QSqlQuery &row, int column,
+                const QStringList &names)
+{
+    QStringList parts;
+    for (const QString &name : names) {
+        parts << name + " = " + literals.read(row, column);
+        column += literalTermCount;
+    }
+    return parts.join(", ");
+}
+
+/// \return the names with an alias before each of them
+QStringList qualified(const QString &alias, QStringList names)
+{
+    for (QString &name : names)
+        name = alias + '.' + name;
+    return names;
+}
+
+QStringList termsOf(const QStringList &expressions)
+{
+    QStringList terms;
+    for (const QString &expression : expressions)
+        terms << literalTerms(expression);
+    return terms;
+}
+
+struct KeyNames {
+    QStringList names;
+    QStringList before; ///< expressions
+    QStringList after;  ///< expressions
+};
+
+KeyNames keyOf(const TablePair &pair)
+{
+    KeyNames key;
+    for (const CommonColumn &column : pair.key) {
+        key.names << column.name;
+        key.before << "b." + column.before;
+        key.after << "a." + column.after;
+    }
+    return key;
+}
+
+qsizetype lettersOf(const QList<Cell> &cells)
+{
+    qsizetype letters = 0;
+    for (const Cell &cell : cells)
+        letters += cell.value.size();
+    return letters;
+}
+
+qsizetype lettersOf(const QList<ChangedCell> &cells)
+{
+    qsizetype letters = 0;
+    for (const ChangedCell &cell : cells)
+        letters += cell.before.size() + cell.after.size();
+    return letters;
+}
+
+} // namespace
+
+QString isOverwritten(const CommonColumn &column)
+{
+    return QString("(b.%1 is not null and not (typeof(b.%1) = 'text' and typeof(a.%2) = 'text'"
+                   " and substr(b.%1, 1, length(a.%2) + 1) = a.%2 || '.' collate binary))")
+        .arg(column.before, column.after);
+}
+
+QList<RowFacts> readRows(Questions &questions, const Literals &literals, const TableLayout &layout,
+                         const QString &alias, const QStringList &key,
+                         const RowSelection &selection)
+{
+    QStringList columns;
+    QStringList expressions;
+    for (const Column &column :
+         layout.columns.first(std::min(layout.columns.size(), mostColumns))) {
+        columns << column.name;
+        expressions << quoted(column.name);
+    }
+    QStringList keyExpressions;
+    for (const QString &name : key)
+        keyExpressions << (layout.column(name) != nullptr ? quoted(name)
+                                                          : layout.rowidNames.value(0));
+    keyExpressions = qualified(alias, keyExpressions);
+    const QString sql =
+        QString("select %1 from %2 as %3%4%5 limit %6")
+            .arg((termsOf(keyExpressions) + termsOf(qualified(alias, expressions))).join(", "),
+                 layout.quotedName(), alias,
+                 selection.condition.isEmpty() ? QString() : " where " + selection.condition,
+                 key.isEmpty() ? QString() : " order by " + keyExpressions.join(", "),
+                 QString::number(selection.most));
+    QList<RowFacts> rows;
+    qsizetype letters = 0;
+    questions.ask(sql, {}, [&](const QSqlQuery &row) {
+        RowFacts facts{keyText(literals, row, 0, key)};
+        int term = literalTermCount * static_cast<int>(key.size());
+        for (const QString &column : columns) {
+            facts.cells << Cell{column, literals.read(row, term)};
+            term += literalTermCount;
+        }
+        letters += lettersOf(facts.cells);
+        rows << facts;
+        return letters < mostLetters;
+    });
+    return rows;
+}
+
+QList<RowFacts> readRenamedRows(Questions &questions, const Literals &literals,
+                                const TablePair &pair, const QString &twins, qint64 most)
+{
+    const KeyNames key = keyOf(pair);
+    QList<CommonColumn> columns = pair.columns;
+    columns.removeIf(
+        [&key](const CommonColumn &column) { return key.names.contains(column.name); });
+    columns = columns.first(std::min(columns.size(), mostColumns));
+    QStringList expressions;
+    for (const CommonColumn &column : columns)
+        expressions << "a." + column.after;
+    const QString sql =
+        QString("select %1 from %2 order by %3 limit %4")
+            .arg((termsOf(key.before) + termsOf(key.after) + termsOf(expressions)).join(", "),
+                 twins, key.before.join(", "), QString::number(most));
+    QList<RowFacts> rows;
+    questions.ask(sql, {}, [&](const QSqlQuery &row) {
+        const int terms = literalTermCount * static_cast<int>(key.names.size());
+        RowFacts facts{keyText(literals, row, 0, key.names),
+                       keyText(literals, row, terms, key.names)};
+        int term = 2 * terms;
+        for (const CommonColumn &column : columns) {
+            facts.cells << Cell{column.name, literals.read(row, term)};
+            term += literalTermCount;
+        }
+        rows << facts;
+        return true;
+    });
+    return rows;
+}
+
+QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals,
+                                  const TablePair &pair, const QList<CommonColumn> &columns,
+                                  qint64 most)
+{
+    const KeyNames key = keyOf(pair);
+    const QList<CommonColumn> shown = columns.first(std::min(columns.size(), mostColumns));
+    QStringList terms = termsOf(key.before);
+    for (const CommonColumn &column : shown)
+        terms << differs(column) << isOverwritten(column) << literalTerms("b." + column.before)
+              << literalTerms("a." + column.after);
+    const QString sql = QString("select %1 from %2 where %3 order by %4 limit %5")
+                            .arg(terms.join(", "), pair.joined(), differsInAny(columns),
+                                 key.before.join(", "), QString::number(most));
+    QList<ChangedRow> rows;
+    qsizetype letters = 0;
+    questions.ask(sql, {}, [&](const QSqlQuery &row) {
+        ChangedRow changed{keyText(literals, row, 0, key.names), {}};
+        int term = literalTermCount * static_cast<int>(key.names.size());
+        for (const CommonColumn &column : shown) {
+            if (row.value(term).toBool())
+                changed.cells << ChangedCell{column.name, literals.read(row, term + 2),
+                                             literals.read(row, term + 2 + literalTermCount),
+                                             row.value(term + 1).toBool()};
+            term += 2 + 2 * literalTermCount;
+        }
+        letters += lettersOf(changed.cells);
+        rows << changed;
+        return letters < mostLetters;
+    });
+    return rows;
+}
+
+} // namespace coagulation::report
