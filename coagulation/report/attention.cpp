@@ -1,2 +1,344 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/report/attention.h"
+
+#include "coagulation/report/anchors.h"
+#include "coagulation/report/failures.h"
+#include "coagulation/report/wording.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace coagulation::report {
+
+namespace {
+
+using Kind = Attention::Kind;
+
+constexpr qsizetype mostOfAKind =
+    20; ///< sentences; a list that nobody reads to its end hides what matters
+
+/// \return whether the refit of standard curves writes a column; curves have a section of their own
+bool belongsToCurves(const QString &table, const QString &column)
+{
+    static const QStringList ofCurve{"correlation", "date", "a", "b", "c", "d", "e", "valid"};
+    static const QStringList ofPoint{"z", "flags"};
+    return (table == "curve" && ofCurve.contains(column, Qt::CaseInsensitive))
+        || (table == "curvePoint" && ofPoint.contains(column, Qt::CaseInsensitive));
+}
+
+bool isReagentIdentifier(const DatabaseFacts &database, const TableFacts &table,
+                         const QString &column)
+{
+    return database.name == "profile" && table.name.compare("reagent", Qt::CaseInsensitive) == 0
+        && column.compare("reagentId", Qt::CaseInsensitive) == 0;
+}
+
+/// The steps drop these and make nothing of the same name. Other indexes that they drop come back.
+bool isDroppedOnPurpose(const DatabaseFacts &database, const ObjectFacts &object)
+{
+    return object.type == "index"
+        && ((database.name == "data"
+             && object.name == "result_index") // of the table that becomes a view
+            || (database.name == "profile"
+                && object.name == "curve_index")); // of a table with a new layout
+}
+
+/// \return the first of several words, for a sentence: "id = 6, id = 7 and 3 more"
+QString firstOf(QStringList words, qint64 all)
+{
+    constexpr qsizetype most = 5;
+    words = words.first(std::min(words.size(), most));
+    if (const qint64 more = all - words.size(); more > 0)
+        return words.join(", ") + " and " + counted(more) + " more";
+    if (words.size() < 2)
+        return words.join(QString());
+    const QString last = words.takeLast();
+    return words.join(", ") + " and " + last;
+}
+
+/// \return the keys, with the names that people know the rows by: "id = 6 ('Buffer')"
+QStringList keysOf(const QList<RowFacts> &rows)
+{
+    QStringList keys;
+    for (const RowFacts &row : rows) {
+        const auto name = std::find_if(row.cells.begin(), row.cells.end(),
+                                       [](const Cell &cell) { return cell.column == "name"; });
+        const bool inKey = row.key.startsWith("name = ");
+        keys << (name == row.cells.end() || inKey ? row.key : row.key + " (" + name->value + ')');
+    }
+    return keys;
+}
+
+QStringList quotedNames(QStringList names)
+{
+    for (QString &name : names)
+        name = QString("‘%1’").arg(name);
+    return names;
+}
+
+/// Collects what needs attention in a database.
+class Finder {
+public:
+    explicit Finder(const DatabaseFacts &facts)
+        : database(facts)
+    {
+    }
+
+    QList<Attention> found() &&
+    {
+        addCurves();
+        for (qsizetype i = 0; i < database.tables.size(); ++i) {
+            addLostRows(database.tables.at(i), tableAnchor(database.name, i));
+            addGoneColumns(database.tables.at(i), tableAnchor(database.name, i));
+            addOverwritten(database.tables.at(i), tableAnchor(database.name, i));
+            addReagentIdentifiers(database.tables.at(i), tableAnchor(database.name, i));
+        }
+        addGoneObjects();
+        addLoweredVersion();
+        return attention;
+    }
+
+private:
+    void add(Kind kind, const QString &text, const QString &anchor)
+    {
+        attention << Attention{kind, text, anchor};
+    }
+    void addCurves();
+    void addLostRows(const TableFacts &table, const QString &anchor);
+    void addGoneColumns(const TableFacts &table, const QString &anchor);
+    void addGoneObjects();
+    void addOverwritten(const TableFacts &table, const QString &anchor);
+    void addReagentIdentifiers(const TableFacts &table, const QString &anchor);
+    void addLoweredVersion();
+
+    const DatabaseFacts &database;
+    QList<Attention> attention{};
+};
+
+void Finder::addCurves()
+{
+    for (qsizetype i = 0; i < database.curves.size(); ++i) {
+        const CurveFacts &curve = database.curves.at(i);
+        if (curve.after.valid.value_or(false))
+            add(Kind::RefittedCurve,
+                QString("The standard curve ‘%1’ was fitted once more: calibrate again before use.")
+                    .arg(curve.name),
+                curveAnchor(i));
+        else
+            add(Kind::InvalidCurve,
+                QString("The standard curve ‘%1’ is invalid: calibrate again.").arg(curve.name),
+                curveAnchor(i));
+    }
+    if (const QStringList &others = database.otherInvalidCurves; !others.isEmpty())
+        add(Kind::InvalidCurve,
+            QString("%1 invalid and %2 not fitted once more: %3. Calibrate again what you use.")
+                .arg(others.size() == 1
+                         ? QString("1 other standard curve is")
+                         : QString("%1 other standard curves are").arg(counted(others.size())),
+                     others.size() == 1 ? "was" : "were",
+                     firstOf(quotedNames(others), others.size())),
+            databaseAnchor(database.name));
+}
+
+void Finder::addLostRows(const TableFacts &table, const QString &anchor)
+{
+    static const QRegularExpression unmoved(R"(^(.+)_unmoved\d*$)",
+                                            QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch match = unmoved.match(table.name);
+    if (match.hasMatch() && table.rowsAfter.value_or(0) > 0)
+        add(Kind::LostRows,
+            QString(
+                "%1 of %2 did not arrive in its new layout. %3 keeps them, and the analyser software does not see them.")
+                .arg(countedRows(*table.rowsAfter), match.captured(1), table.name),
+            anchor);
+    if (!table.rowsBefore)
+        return;
+    const qint64 before = *table.rowsBefore;
+    const qint64 lost = std::max(table.removed, before - table.rowsAfter.value_or(before));
+    if (!table.rowsAfter && table.problem.isEmpty() && before > 0)
+        add(Kind::LostRows,
+            QString("The table %1 is gone, with %2.").arg(table.name, countedRows(before)), anchor);
+    else if (lost > 0 && table.viewAfter)
+        add(Kind::LostRows,
+            QString("%1 of %2 %3 no longer shown. They are kept in results.")
+                .arg(countedRows(lost), table.name, lost == 1 ? "is" : "are"),
+            anchor);
+    else if (lost > 0)
+        add(Kind::LostRows,
+            QString("%1 of %2 %3 not there any more%4.")
+                .arg(countedRows(lost), table.name, lost == 1 ? "is" : "are",
+                     table.removedRows.isEmpty() ? QString()
+                                                 : ": " + firstOf(keysOf(table.removedRows), lost)),
+            anchor);
+}
+
+void Finder::addGoneColumns(const TableFacts &table, const QString &anchor)
+{
+    for (const QString &column : table.columnsRemoved)
+        add(Kind::GoneObject, QString("The column %1 of %2 is gone.").arg(column, table.name),
+            anchor);
+    if (table.rowsBefore == 0 && !table.rowsAfter && table.problem.isEmpty())
+        add(Kind::GoneObject, QString("The table %1 is gone. It was empty.").arg(table.name),
+            anchor);
+}
+
+void Finder::addGoneObjects()
+{
+    for (const ObjectFacts &object : database.objectsGone) {
+        if (isDroppedOnPurpose(database, object))
+            continue;
+        const QString of = object.type == "view" ? QString() : " of " + object.table;
+        add(Kind::GoneObject, QString("The %1 %2%3 is gone.").arg(object.type, object.name, of),
+            objectsAnchor(database.name));
+    }
+}
+
+void Finder::addOverwritten(const TableFacts &table, const QString &anchor)
+{
+    if (table.name.compare("version", Qt::CaseInsensitive) == 0)
+        return;
+    for (const ColumnChanges &changes : table.changedColumns) {
+        const bool elsewhere =
+            (database.name == "profile" && belongsToCurves(table.name, changes.column))
+            || isReagentIdentifier(database, table, changes.column);
+        if (changes.overwritten == 0 || elsewhere)
+            continue;
+        add(Kind::Overwritten,
+            QString("In %1, %2 of %3 %4 replaced.")
+                .arg(table.name,
+                     changes.overwritten == 1 ? "1 value"
+                                              : counted(changes.overwritten) + " values",
+                     changes.column, changes.overwritten == 1 ? "was" : "were"),
+            anchor);
+    }
+}
+
+void Finder::addReagentIdentifiers(const TableFacts &table, const QString &anchor)
+{
+    for (const ChangedRow &row : table.changedRows) {
+        for (const ChangedCell &cell : row.cells) {
+            // an empty identifier is none to the laboratory
+            if (!isReagentIdentifier(database, table, cell.column) || !cell.overwritten
+                || cell.before == "''")
+                continue;
+            const QString reagent = row.name.isEmpty() ? row.key : row.name;
+            add(Kind::ReagentIdentifier,
+                QString("The identifier of the reagent %1 changed from %2 to %3.")
+                    .arg(reagent, cell.before, cell.after),
+                anchor);
+        }
+    }
+}
+
+void Finder::addLoweredVersion()
+{
+    if (database.problem.isEmpty()
+        && database.versionBefore.value_or(0) > database.versionAfter.value_or(0))
+        add(Kind::LoweredVersion,
+            QString("The version of the %1 database was lowered from %2 to %3.")
+                .arg(database.name, QString::number(*database.versionBefore),
+                     QString::number(database.versionAfter.value_or(0))),
+            databaseAnchor(database.name));
+}
+
+/// \param named the warnings that failures name
+QList<Attention> warningsOf(const QList<LogLine> &log, const QList<qsizetype> &named)
+{
+    QList<Attention> warnings;
+    for (qsizetype i = 0; i < log.size(); ++i) {
+        if (log.at(i).warning && !named.contains(i))
+            warnings << Attention{Kind::Warning, withoutKind(log.at(i).text), logAnchor(i)};
+    }
+    return warnings;
+}
+
+/// Leaves the first sentences of each kind, and says how many more there are. Of failures and curves each counts.
+QList<Attention> shortened(const QList<Attention> &all)
+{
+    QList<Attention> kept;
+    QMap<Kind, qsizetype> counts;
+    for (const Attention &item : all)
+        ++counts[item.kind];
+    QMap<Kind, qsizetype> seen;
+    for (const Attention &item : all) {
+        const qsizetype place = ++seen[item.kind];
+        const bool keepsAll = item.kind <= Kind::RefittedCurve;
+        if (keepsAll || place <= mostOfAKind)
+            kept << item;
+        else if (place == mostOfAKind + 1)
+            kept << Attention{item.kind,
+                              QString("And %1 more.").arg(counted(counts[item.kind] - mostOfAKind)),
+                              item.anchor};
+    }
+    return kept;
+}
+
+/// \return "The data database reaches", "All 4 databases reach"
+QString databasesReach(const Report &report)
+{
+    QStringList names;
+    for (const DatabaseFacts &database : report.databases) {
+        if (!database.filesBefore.isEmpty())
+            names << database.name;
+    }
+    if (names.size() == 1)
+        return QString("the %1 database reaches").arg(names.first());
+    return QString("all %1 databases reach").arg(names.size());
+}
+
+QString pointsOf(qsizetype count)
+{
+    return count == 1 ? QString("1 point needs attention")
+                      : QString("%1 points need attention").arg(count);
+}
+
+} // namespace
+
+QList<Attention> attentionOf(const Report &report)
+{
+    QList<Attention> all;
+    QList<qsizetype> namedWarnings;
+    for (const Failure &failure : failuresOf(report)) {
+        all << Attention{Kind::Failure, failure.sentence, failure.anchor};
+        if (failure.warning)
+            namedWarnings << *failure.warning;
+    }
+    for (const DatabaseFacts &database : report.databases)
+        all << Finder(database).found();
+    all << warningsOf(report.log, namedWarnings);
+    std::stable_sort(all.begin(), all.end(),
+                     [](const Attention &a, const Attention &b) { return a.kind < b.kind; });
+    return shortened(all);
+}
+
+bool succeeded(const Report &report)
+{
+    return failuresOf(report).isEmpty();
+}
+
+QString verdict(const Report &report)
+{
+    const bool rehearsal = report.use == Use::Rehearsal;
+    const QList<Failure> failures = failuresOf(report);
+    if (!failures.isEmpty()) {
+        const Failure &first = failures.first();
+        const QString place = first.database.isEmpty()
+            ? QString()
+            : QString(" at the %1 database").arg(first.database);
+        return QString("%1%2: %3")
+            .arg(rehearsal ? "The upgrade fails" : "Something is wrong", place, first.clause);
+    }
+    const QList<Attention> attention = attentionOf(report);
+    if (!rehearsal)
+        return attention.isEmpty()
+            ? QString("The upgrade worked, and nothing needs attention.")
+            : QString("The upgrade worked, and %1.").arg(pointsOf(attention.size()));
+    const QString time =
+        report.milliseconds ? ", in " + durationText(*report.milliseconds) : QString();
+    const QString points = attention.isEmpty() ? QString() : "; " + pointsOf(attention.size());
+    return QString("The upgrade works: %1 the version that this vardo knows%2%3.")
+        .arg(databasesReach(report), time, points);
+}
+
+} // namespace coagulation::report

@@ -103,6 +103,12 @@ bool compareTables(DatabaseFacts &facts, const ComparisonContext &context,
     return true;
 }
 
+void addCurves(DatabaseFacts &facts, const QSqlDatabase &connection)
+{
+    facts.curves = refittedCurves(connection);
+    facts.otherInvalidCurves = otherInvalidCurves(connection, facts.curves);
+}
+
 } // namespace
 
 void compare(DatabaseFacts &facts, const QString &before, const QString &after,
@@ -135,7 +141,7 @@ void compare(DatabaseFacts &facts, const QString &before, const QString &after,
     else if (!compareTables(facts, context, entriesBefore, entriesAfter, progress))
         facts.problem = "The comparison was stopped.";
     else if (facts.name == "profile")
-        facts.curves = refittedCurves(databases.connection());
+        addCurves(facts, databases.connection());
 }
 
 int newestVersion(const QString &name)

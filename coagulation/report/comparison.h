@@ -17,6 +17,9 @@ struct ComparisonOptions {
 constexpr qint64 mostExamples = 20; ///< of a kind, in each table
 constexpr qint64 mostRows = 20'000; ///< changed rows of a table that a report holds
 
+/// The problem of a virtual table, which is no failure. Such a table can do anything when it is read.
+constexpr const char *virtualTableProblem = "a virtual table, not compared";
+
 /// Compares tables, indexes, triggers and views. Rows meet by primary key, or by rowid where there is none.
 /// Both files stay as they are. What cannot be compared becomes a sentence in the facts.
 /// \param facts with the name; gets versions, integrity, tables, objects and curves

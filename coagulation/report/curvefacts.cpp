@@ -6,6 +6,7 @@
 #include "coagulation/report/tablelayout.h"
 
 #include <QHash>
+#include <QSet>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
@@ -50,6 +51,11 @@ public:
 private:
     TableLayout layout{};
 };
+
+QString keyOf(const QVariant &id)
+{
+    return "id = " + id.toString();
+}
 
 std::optional<double> number(const QVariant &value)
 {
@@ -104,7 +110,7 @@ QHash<qint64, CurveFacts> readCurves(Questions &questions)
         {}, [&curves](const QSqlQuery &row) {
             const qint64 id = row.value(0).toLongLong();
             CurveFacts curve;
-            curve.key = QString("id = %1").arg(id);
+            curve.key = keyOf(row.value(0));
             curve.name = row.value(1).toString();
             curve.xUnit = row.value(2).toString();
             curve.yUnit = row.value(3).toString();
@@ -179,6 +185,27 @@ QList<CurveFacts> refittedCurves(const QSqlDatabase &connection)
         inOrder << curve;
     }
     return inOrder;
+}
+
+QStringList otherInvalidCurves(const QSqlDatabase &connection, const QList<CurveFacts> &refitted)
+{
+    Questions questions(connection);
+    const Terms curve(questions, schemaAfter, "curve");
+    QStringList names;
+    if (!curve.has("id") || !curve.has("valid"))
+        return names;
+    QSet<QString> known;
+    for (const CurveFacts &one : refitted)
+        known << one.key;
+    questions.ask(
+        QString("select %1 from after.curve as a where coalesce(a.valid, 0) = 0 order by id")
+            .arg(curve.of("a", QStringList{"id", "name"}).join(", ")),
+        {}, [&](const QSqlQuery &row) {
+            if (!known.contains(keyOf(row.value(0))))
+                names << row.value(1).toString();
+            return true;
+        });
+    return names;
 }
 
 } // namespace coagulation::report

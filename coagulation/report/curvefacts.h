@@ -12,4 +12,8 @@ namespace coagulation::report {
 /// \param connection with the database before as main, and the one after attached as `after`
 QList<CurveFacts> refittedCurves(const QSqlDatabase &connection);
 
+/// \param refitted as by refittedCurves()
+/// \return the names of the other curves that are not valid after the upgrade
+QStringList otherInvalidCurves(const QSqlDatabase &connection, const QList<CurveFacts> &refitted);
+
 } // namespace coagulation::report

@@ -45,6 +45,7 @@ struct ChangedCell {
 struct ChangedRow {
     QString key;
     QList<ChangedCell> cells;
+    QString name{}; ///< the value of the column "name" after the upgrade, if there is one beside the key; else empty
 };
 
 /// How many rows have another value in a column.
@@ -141,6 +142,7 @@ struct DatabaseFacts {
     QList<ObjectFacts> objectsGone{}; ///< indexes, triggers, views; tables stand among the tables
     QList<ObjectFacts> objectsNew{};
     QList<CurveFacts> curves{};
+    QStringList otherInvalidCurves{}; ///< names of curves that are not valid and were not fitted once more
 };
 
 struct LogLine {

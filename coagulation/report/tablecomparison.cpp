@@ -298,7 +298,7 @@ void compareTable(const ComparisonContext &context, const std::optional<SchemaEn
         return entry && entry->kind == SchemaEntry::Kind::Virtual;
     };
     if (isVirtual(before) || isVirtual(after)) {
-        facts.problem = "a virtual table, not compared";
+        facts.problem = virtualTableProblem;
         return;
     }
     TableComparison comparison(context, facts);

@@ -166,7 +166,9 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
 {
     const KeyNames key = keyOf(pair);
     const QList<CommonColumn> shown = columns.first(std::min(columns.size(), mostColumns));
-    QStringList terms = termsOf(key.before);
+    const bool hasName =
+        pair.after.column("name") != nullptr && !key.names.contains("name", Qt::CaseInsensitive);
+    QStringList terms = termsOf(key.before) + termsOf({hasName ? "a.name" : "null"});
     for (const CommonColumn &column : shown)
         terms << differs(column) << isOverwritten(column) << literalTerms("b." + column.before)
               << literalTerms("a." + column.after);
@@ -176,8 +178,11 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
     QList<ChangedRow> rows;
     qsizetype letters = 0;
     questions.ask(sql, {}, [&](const QSqlQuery &row) {
-        ChangedRow changed{keyText(literals, row, 0, key.names), {}};
         int term = literalTermCount * static_cast<int>(key.names.size());
+        ChangedRow changed{keyText(literals, row, 0, key.names),
+                           {},
+                           hasName ? literals.read(row, term) : QString()};
+        term += literalTermCount;
         for (const CommonColumn &column : shown) {
             if (row.value(term).toBool())
                 changed.cells << ChangedCell{column.name, literals.read(row, term + 2),
