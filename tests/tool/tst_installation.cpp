@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// What cmake --install leaves: the tool alone with its documents, and that tool at work; and what the
-/// Debian package says of itself.
+/// What cmake --install leaves: the two programs alone with their documents, and these programs at work; and
+/// what the Debian package says of itself.
 
 #include "debianpackage.h"
 #include "expectedsteps.h"
@@ -29,9 +29,10 @@ class TestInstallation : public QObject {
 private slots:
     void initTestCase();
 
-    void holdsTheToolAndItsDocuments();
+    void holdsTheProgramsAndTheirDocuments();
     void hasAManualOfTheNewestVersions();
     void hasAToolThatUpgrades();
+    void hasAReportThatRehearsesWithThatTool();
     void isAPackageThatSaysWhoFitsTheCurves();
 
 private:
@@ -48,19 +49,22 @@ void TestInstallation::initTestCase()
              cmake.readAll().constData());
 }
 
-void TestInstallation::holdsTheToolAndItsDocuments()
+void TestInstallation::holdsTheProgramsAndTheirDocuments()
 {
+    const QString compressed = COMPRESSED ? ".gz" : "";
     QStringList expected{
         "bin/" TOOL,
+        "bin/" REPORT,
         documents + "CHANGELOG.md",
         documents + "changed-values.md",
         documents + "copyright",
         documents + "limits.md",
         documents + "operating.md",
-        COMPRESSED ? "share/man/man1/vardo.1.gz" : "share/man/man1/vardo.1",
+        "share/man/man1/vardo-report.1" + compressed,
+        "share/man/man1/vardo.1" + compressed,
     };
     if (COMPRESSED)
-        expected.insert(3, documents + "changelog.gz");
+        expected << documents + "changelog.gz";
     if (TRANSLATED)
         expected << "share/vardo/translations/vardo_en.qm";
 
@@ -71,9 +75,11 @@ void TestInstallation::holdsTheToolAndItsDocuments()
         files << QDir(root.path()).relativeFilePath(path);
     }
     files.sort();
+    expected.sort();
 
     QCOMPARE(files, expected);
     QVERIFY(QFileInfo(root.filePath("bin/" TOOL)).isExecutable());
+    QVERIFY(QFileInfo(root.filePath("bin/" REPORT)).isExecutable());
 }
 
 void TestInstallation::hasAManualOfTheNewestVersions()
@@ -107,6 +113,20 @@ void TestInstallation::hasAToolThatUpgrades()
     QCOMPARE(database.rows("select version from version"), QStringList{newestVersion});
     QCOMPARE(database.rows("select value from profile where name = 'patient/instrId'"),
              QStringList{TRANSLATED ? "'Instrument'" : "'测量仪器'"});
+}
+
+void TestInstallation::hasAReportThatRehearsesWithThatTool()
+{
+    const TestDatabase database("profile.db");
+    database.load("profile_v0.sql");
+    const QString page = QDir(database.folderPath()).filePath("report.html");
+
+    const ToolRun run =
+        runTool({.program = root.filePath("bin/" REPORT),
+                 .arguments = {"rehearse", "-p", database.folderPath() + '/', "-o", page}});
+
+    QVERIFY2(run.exitCode == 0, run.errors.constData());
+    QVERIFY(QFileInfo::exists(page));
 }
 
 void TestInstallation::isAPackageThatSaysWhoFitsTheCurves()
