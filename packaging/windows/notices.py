@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Writes third-party.md, which says what vardo.exe contains, and the folder licenses with the texts.
+"""Writes third-party.md, which says what the programs contain, and the folder licenses with the texts.
 
     notices.py standin|maker VERSION PREFIX DOCUMENT FOLDER
 
-Nothing is retyped: versions, names and texts come from the packages that the program was built with, and from
+Nothing is retyped: versions, names and texts come from the packages that the programs were built with, and from
 what is in PREFIX, the folder of the libraries: `sources`, a line `package=version` for each, and `licenses`, from
 Qt's source its descriptions of the code of others (qt_attribution.json) and their licences.
 """
@@ -92,11 +92,11 @@ def main(curves, version, prefix, document, folder):
         copy(packages / "libeigen3-dev/copyright", licenses / "eigen3.txt")
         row = (f"| Eigen | [MPL-2.0](licenses/MPL-2.0.txt); [copyright](licenses/eigen3.txt) "
                f"| [{eigen}]({archived(eigen)}) |")
-        relinking = "The archive and the sources named above are all that this program is made of."
+        relinking = "The archive and the sources named above are all that both programs are made of."
     else:
         row = "| the maker's libraries `core` and `zucore` | the maker's own terms | |"
-        relinking = ("This program is linked to the maker's libraries as well. Who gives you this package has to "
-                     "give you these, too, if you ask for them to link `vardo.exe` to your own Qt.")
+        relinking = ("The programs are linked to the maker's libraries as well. Who gives you this package has to "
+                     "give you these, too, if you ask for them to link the programs to your own Qt.")
 
     rows = list(parts_of_qt(prefix / "licenses", licenses))
     if not rows:

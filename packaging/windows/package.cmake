@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# cpack runs this when the program is in its folder. Adds the pages and the licences, and packs the archive.
+# cpack runs this when the programs are in their folder. Adds the pages and the licences, and packs the archive.
 set(folder "${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}")
 set(notices "${CPACK_TEMPORARY_DIRECTORY}.md") # beside the folder, not in the archive
 set(archive "${CPACK_TEMPORARY_DIRECTORY}.zip")
