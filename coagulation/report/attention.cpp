@@ -335,7 +335,7 @@ QString verdict(const Report &report)
             ? QString("The upgrade worked, and nothing needs attention.")
             : QString("The upgrade worked, and %1.").arg(pointsOf(attention.size()));
     const QString time =
-        report.milliseconds ? ", in " + durationText(*report.milliseconds) : QString();
+        report.milliseconds ? ", in " + spokenDuration(*report.milliseconds) : QString();
     const QString points = attention.isEmpty() ? QString() : "; " + pointsOf(attention.size());
     return QString("The upgrade works: %1 the version that this vardo knows%2%3.")
         .arg(databasesReach(report), time, points);

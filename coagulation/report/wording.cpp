@@ -15,7 +15,7 @@ QString countedRows(qint64 number)
     return number == 1 ? QString("1 row") : counted(number) + " rows";
 }
 
-QString durationText(qint64 milliseconds)
+QString spokenDuration(qint64 milliseconds)
 {
     if (milliseconds < 1000)
         return "less than a second";

@@ -13,7 +13,7 @@ QString counted(qint64 number);
 QString countedRows(qint64 number);
 
 /// \return "less than a second", "3 seconds", "2 minutes"
-QString durationText(qint64 milliseconds);
+QString spokenDuration(qint64 milliseconds);
 
 /// \return a line of the log without the word for its kind
 QString withoutKind(const QString &line);
