@@ -28,6 +28,7 @@ public:
         const CopyResult copied = copyFile(file, target + ending, progress);
         switch (copied.state) {
         case CopyState::Copied:
+            written << target + ending;
             result.files << FileFacts{QFileInfo(file).absoluteFilePath(), copied.bytes, {}};
             break;
         case CopyState::NotRead:
@@ -51,48 +52,49 @@ public:
         QFile file(source + ending);
         if (!file.exists() || file.size() == 0)
             return true;
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-            fail(Snapshot::State::Unreadable,
-                 QString("%1 cannot be read: %2.").arg(file.fileName(), file.errorString()));
-            return false;
-        }
-        return copy(file, ending);
+        return open(file) && copy(file, ending);
+    }
+
+    bool open(QFile &file)
+    {
+        if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) // nothing is read beforehand
+            return true;
+        fail(Snapshot::State::Unreadable,
+             QString("%1 cannot be read: %2.").arg(file.fileName(), file.errorString()));
+        return false;
     }
 
     void fail(Snapshot::State state, const QString &problem)
     {
-        removeCopies();
+        for (const QString &path : written)
+            QFile::remove(path);
         result = {state, problem, {}};
     }
 
-    void removeLast(const QString &ending)
+    /// Takes the last copy back, to make it once more.
+    void removeLast()
     {
-        if (QFile::remove(target + ending))
-            result.files.removeLast();
+        QFile::remove(written.takeLast());
+        result.files.removeLast();
     }
 
     Snapshot snapshot() const { return result; }
     QString path() const { return source; }
 
 private:
-    void removeCopies()
-    {
-        for (const char *ending : {"", "-journal", "-wal"})
-            QFile::remove(target + ending);
-    }
-
     QString source;
     QString target;
     const BytesRead &progress;
+    QStringList written{};
     Snapshot result{};
 };
 
 /// \return what changes when a program starts a write-ahead log afresh
-QByteArray headerOfLog(const QString &database)
+QByteArray headerOf(QFile &log)
 {
     constexpr qint64 headerBytes = 32;
-    QFile log(database + "-wal");
-    return log.open(QIODevice::ReadOnly) ? log.read(headerBytes) : QByteArray();
+    log.seek(0);
+    return log.read(headerBytes);
 }
 
 /// Copies the write-ahead log beside a locked database. While the lock is held, the log only grows, and SQLite
@@ -100,19 +102,29 @@ QByteArray headerOfLog(const QString &database)
 /// program may start it afresh, once. A copy of both halves would hold old pages as if they were new.
 bool copyLog(Copying &copying)
 {
+    QFile log(copying.path() + "-wal");
+    if (!log.exists())
+        return true;
+    if (!copying.open(log))
+        return false;
     constexpr int tries = 3;
     for (int i = 0; i < tries; ++i) {
-        const QByteArray header = headerOfLog(copying.path());
-        if (!copying.copyBeside("-wal"))
-            return false;
-        if (headerOfLog(copying.path()) == header)
+        const QByteArray header = headerOf(log);
+        if (header.isEmpty())
             return true;
-        copying.removeLast("-wal");
+        if (!copying.copy(log, "-wal"))
+            return false;
+        if (headerOf(log) == header)
+            return true;
+        copying.removeLast();
     }
     copying.fail(Snapshot::State::Unreadable,
                  QString("The write-ahead log of %1 changes too often.").arg(copying.path()));
     return false;
 }
+
+/// SQLite takes a file without a page for an empty database, and removes the journal and the log beside it.
+constexpr qint64 smallestPage = 512;
 
 /// Copies what is there without a lock.
 void copyAsItIs(Copying &copying, QFile &file)
@@ -158,12 +170,12 @@ void copyUnused(Copying &copying, QFile &file, const QString &error)
 Snapshot takeSnapshot(const QString &source, const QString &target, const BytesRead &progress)
 {
     Copying copying(source, target, progress);
-    // Open before the lock is taken, and until it is given up; see ReadLock. Unbuffered, so that nothing is read
-    // before the lock.
+    // Open before the lock is taken, and until it is given up; see ReadLock.
     QFile file(source);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        copying.fail(Snapshot::State::Unreadable,
-                     QString("%1 cannot be read: %2.").arg(source, file.errorString()));
+    if (!copying.open(file))
+        return copying.snapshot();
+    if (file.size() < smallestPage) {
+        copyAsItIs(copying, file);
         return copying.snapshot();
     }
     const ReadLock lock(source);

@@ -3,12 +3,12 @@
 
 #include "expectedsteps.h"
 #include "olddatabases.h"
+#include "otherprogram.h"
 #include "today.h"
 #include "toolrun.h"
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -20,52 +20,9 @@
 namespace {
 
 const QStringList names{"profile", "data", "qc", "syslog"};
-constexpr int timeout = 60000; // ms, far above what any of the programs takes
 
 /// Where a run gives up waiting for a lock.
 constexpr int busyTimeout = 5000;
-
-/// Another program on a database: it keeps its connection, and with it a transaction, until it is closed.
-class OtherProgram {
-public:
-    explicit OtherProgram(const QString &path)
-    {
-        shell.setProcessChannelMode(QProcess::MergedChannels);
-        shell.start(sqliteShell(), {"-batch", "-quote", path});
-    }
-    ~OtherProgram() { close(); }
-    Q_DISABLE_COPY_MOVE(OtherProgram)
-
-    /// Starts statements, each in lines of its own.
-    void ask(const QByteArray &statements) { shell.write(statements + "\n.print ready\n"); }
-
-    /// \return the rows and errors that the last statements asked for gave
-    QByteArray answer()
-    {
-        QByteArray output;
-        while (!output.trimmed().endsWith("ready")) {
-            if (!shell.waitForReadyRead(timeout))
-                qFatal("sqlite3: %s", qUtf8Printable(shell.errorString()));
-            output += shell.readAllStandardOutput();
-        }
-        return output.trimmed().chopped(5);
-    }
-
-    QByteArray run(const QByteArray &statements)
-    {
-        ask(statements);
-        return answer();
-    }
-
-    void close()
-    {
-        shell.closeWriteChannel();
-        shell.waitForFinished(timeout);
-    }
-
-private:
-    QProcess shell;
-};
 
 /// A run of the tool on the databases of a folder, with a log of its own unless another one is named.
 class Run : public RunningTool {
