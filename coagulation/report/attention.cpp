@@ -3,6 +3,7 @@
 
 #include "coagulation/report/anchors.h"
 #include "coagulation/report/failures.h"
+#include "coagulation/report/numbertext.h"
 #include "coagulation/report/wording.h"
 
 #include <QRegularExpression>
@@ -50,7 +51,7 @@ QString firstOf(QStringList words, qint64 all)
     constexpr qsizetype most = 5;
     words = words.first(std::min(words.size(), most));
     if (const qint64 more = all - words.size(); more > 0)
-        return words.join(", ") + " and " + counted(more) + " more";
+        return words.join(", ") + " and " + countText(more) + " more";
     if (words.size() < 2)
         return words.join(QString());
     const QString last = words.takeLast();
@@ -135,7 +136,7 @@ void Finder::addCurves()
             QString("%1 invalid and %2 not fitted once more: %3. Calibrate again what you use.")
                 .arg(others.size() == 1
                          ? QString("1 other standard curve is")
-                         : QString("%1 other standard curves are").arg(counted(others.size())),
+                         : QString("%1 other standard curves are").arg(countText(others.size())),
                      others.size() == 1 ? "was" : "were",
                      firstOf(quotedNames(others), others.size())),
             databaseAnchor(database.name));
@@ -150,7 +151,7 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
         add(Kind::LostRows,
             QString(
                 "%1 of %2 did not arrive in its new layout. %3 keeps them, and the analyser software does not see them.")
-                .arg(countedRows(*table.rowsAfter), match.captured(1), table.name),
+                .arg(countText(*table.rowsAfter, "row", "rows"), match.captured(1), table.name),
             anchor);
     if (!table.rowsBefore)
         return;
@@ -158,16 +159,18 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
     const qint64 lost = std::max(table.removed, before - table.rowsAfter.value_or(before));
     if (!table.rowsAfter && table.problem.isEmpty() && before > 0)
         add(Kind::LostRows,
-            QString("The table %1 is gone, with %2.").arg(table.name, countedRows(before)), anchor);
+            QString("The table %1 is gone, with %2.")
+                .arg(table.name, countText(before, "row", "rows")),
+            anchor);
     else if (lost > 0 && table.viewAfter)
         add(Kind::LostRows,
             QString("%1 of %2 %3 no longer shown. They are kept in results.")
-                .arg(countedRows(lost), table.name, lost == 1 ? "is" : "are"),
+                .arg(countText(lost, "row", "rows"), table.name, lost == 1 ? "is" : "are"),
             anchor);
     else if (lost > 0)
         add(Kind::LostRows,
             QString("%1 of %2 %3 not there any more%4.")
-                .arg(countedRows(lost), table.name, lost == 1 ? "is" : "are",
+                .arg(countText(lost, "row", "rows"), table.name, lost == 1 ? "is" : "are",
                      table.removedRows.isEmpty() ? QString()
                                                  : ": " + firstOf(keysOf(table.removedRows), lost)),
             anchor);
@@ -208,7 +211,7 @@ void Finder::addOverwritten(const TableFacts &table, const QString &anchor)
             QString("In %1, %2 of %3 %4 replaced.")
                 .arg(table.name,
                      changes.overwritten == 1 ? "1 value"
-                                              : counted(changes.overwritten) + " values",
+                                              : countText(changes.overwritten) + " values",
                      changes.column, changes.overwritten == 1 ? "was" : "were"),
             anchor);
     }
@@ -267,9 +270,9 @@ QList<Attention> shortened(const QList<Attention> &all)
         if (keepsAll || place <= mostOfAKind)
             kept << item;
         else if (place == mostOfAKind + 1)
-            kept << Attention{item.kind,
-                              QString("And %1 more.").arg(counted(counts[item.kind] - mostOfAKind)),
-                              item.anchor};
+            kept << Attention{
+                item.kind, QString("And %1 more.").arg(countText(counts[item.kind] - mostOfAKind)),
+                item.anchor};
     }
     return kept;
 }
@@ -335,7 +338,7 @@ QString verdict(const Report &report)
             ? QString("The upgrade worked, and nothing needs attention.")
             : QString("The upgrade worked, and %1.").arg(pointsOf(attention.size()));
     const QString time =
-        report.milliseconds ? ", in " + spokenDuration(*report.milliseconds) : QString();
+        report.milliseconds ? ", in " + timeInWords(*report.milliseconds) : QString();
     const QString points = attention.isEmpty() ? QString() : "; " + pointsOf(attention.size());
     return QString("The upgrade works: %1 the version that this vardo knows%2%3.")
         .arg(databasesReach(report), time, points);

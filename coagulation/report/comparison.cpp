@@ -109,39 +109,46 @@ void addCurves(DatabaseFacts &facts, const QSqlDatabase &connection)
     facts.otherInvalidCurves = otherInvalidCurves(connection, facts.curves);
 }
 
-} // namespace
-
-void compare(DatabaseFacts &facts, const QString &before, const QString &after,
-             const ComparisonOptions &options, const std::function<bool(const QString &)> &progress)
+void compareContents(DatabaseFacts &facts, const QSqlDatabase &connection,
+                     const ComparisonOptions &options,
+                     const std::function<bool(const QString &)> &progress)
 {
-    DatabasePair databases;
-    facts.newestVersion = newestVersion(facts.name);
-    facts.problem = databases.openBefore(before);
-    if (!facts.problem.isEmpty())
-        return;
-    facts.versionBefore = versionIn(databases, schemaBefore);
-    facts.integrityBefore = integrityOf(databases.connection(), schemaBefore);
-    facts.problem = databases.openAfter(after);
-    if (!facts.problem.isEmpty())
-        return;
-    facts.versionAfter = versionIn(databases, schemaAfter);
-    facts.integrityAfter = integrityOf(databases.connection(), schemaAfter);
-
-    Questions questions(databases.connection());
+    Questions questions(connection);
     const Entries entriesBefore = rowSourcesOf(questions, schemaBefore);
     const Entries entriesAfter = rowSourcesOf(questions, schemaAfter);
     const QList<ObjectFacts> objectsBefore = objectsIn(questions, schemaBefore);
     const QList<ObjectFacts> objectsAfter = objectsIn(questions, schemaAfter);
     facts.objectsGone = without(objectsBefore, objectsAfter);
     facts.objectsNew = without(objectsAfter, objectsBefore);
-    const ComparisonContext context{databases.connection(), Literals(textEncoding(questions)),
-                                    options};
+    const ComparisonContext context{connection, Literals(textEncoding(questions)), options};
     if (questions.failed())
         facts.problem = "One of the databases " + questions.predicate() + '.';
     else if (!compareTables(facts, context, entriesBefore, entriesAfter, progress))
         facts.problem = "The comparison was stopped.";
     else if (facts.name == "profile")
-        addCurves(facts, databases.connection());
+        addCurves(facts, connection);
+}
+
+} // namespace
+
+void compare(DatabaseFacts &facts, const QString &before, const QString &after,
+             const ComparisonOptions &options, const std::function<bool(const QString &)> &progress)
+{
+    DatabasePair databases("comparison");
+    facts.newestVersion = newestVersion(facts.name);
+    facts.problem = databases.openBefore(before);
+    if (!facts.problem.isEmpty())
+        return;
+    facts.versionBefore = versionIn(databases, schemaBefore);
+    IntegrityCheck checkBefore(before, "integrity before");
+    facts.problem = databases.openAfter(after);
+    if (facts.problem.isEmpty()) {
+        facts.versionAfter = versionIn(databases, schemaAfter);
+        IntegrityCheck checkAfter(after, "integrity after");
+        compareContents(facts, databases.connection(), options, progress);
+        facts.integrityAfter = checkAfter.finding();
+    }
+    facts.integrityBefore = checkBefore.finding();
 }
 
 int newestVersion(const QString &name)

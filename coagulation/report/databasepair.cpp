@@ -13,8 +13,6 @@ namespace coagulation::report {
 
 namespace {
 
-const char *const connectionName = "comparison";
-
 /// \return a name of the file that SQLite opens for reading only, whatever letters are in it
 QString readOnlyUri(const QString &path)
 {
@@ -26,8 +24,9 @@ QString readOnlyUri(const QString &path)
 
 } // namespace
 
-DatabasePair::DatabasePair()
-    : database(QSqlDatabase::addDatabase("QSQLITE", connectionName))
+DatabasePair::DatabasePair(const QString &name)
+    : connectionName(name)
+    , database(QSqlDatabase::addDatabase("QSQLITE", name))
 {
 }
 

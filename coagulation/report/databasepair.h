@@ -22,7 +22,8 @@ constexpr const char *schemaAfter = "after";
 /// schema names is called unless it is harmless.
 class DatabasePair {
 public:
-    DatabasePair();
+    /// \param name of the connection
+    explicit DatabasePair(const QString &name);
     ~DatabasePair();
     Q_DISABLE_COPY_MOVE(DatabasePair)
 
@@ -35,6 +36,7 @@ public:
     const QSqlDatabase &connection() const { return database; }
 
 private:
+    QString connectionName;
     QSqlDatabase database;
 };
 

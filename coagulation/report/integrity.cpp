@@ -9,30 +9,53 @@
 
 namespace coagulation::report {
 
+namespace {
+
+QString check(const QString &path, const QString &name)
+{
+    DatabasePair database(name);
+    if (const QString problem = database.openBefore(path); !problem.isEmpty())
+        return problem;
+    Questions questions(database.connection());
+    QString finding;
+    const auto ask = [&](int most) {
+        questions.ask(QString("pragma main.integrity_check(%1)").arg(most), {},
+                      [&finding](const QSqlQuery &row) {
+                          const QString text = row.value(0).toString();
+                          if (finding.isEmpty() || !isSound(text))
+                              finding = text;
+                          return isSound(finding);
+                      });
+    };
+    ask(1);
+    if (finding != "ok" && isSound(finding))
+        ask(2147483647); // a later one may be damage
+    return questions.failed() ? "The file " + questions.predicate() : finding;
+}
+
+} // namespace
+
 bool isSound(const QString &finding)
 {
     static const QRegularExpression aboutAValue(R"(^(CHECK constraint failed in |\S+ value in ))");
     return finding == "ok" || aboutAValue.match(finding).hasMatch();
 }
 
-QString integrityOf(const QSqlDatabase &connection, const QString &schema)
+IntegrityCheck::IntegrityCheck(const QString &path, const QString &name)
+    : thread(QThread::create([this, path, name] { result = check(path, name); }))
 {
-    Questions questions(connection);
-    QString finding;
-    const auto check = [&](int most) {
-        questions.ask(
-            QString(R"(pragma "%1".integrity_check(%2))").arg(schema, QString::number(most)), {},
-            [&finding](const QSqlQuery &row) {
-                const QString text = row.value(0).toString();
-                if (finding.isEmpty() || !isSound(text))
-                    finding = text;
-                return isSound(finding);
-            });
-    };
-    check(1);
-    if (finding != "ok" && isSound(finding))
-        check(2147483647); // a later one may be damage
-    return questions.failed() ? "The file " + questions.predicate() : finding;
+    thread->start();
+}
+
+IntegrityCheck::~IntegrityCheck()
+{
+    thread->wait();
+}
+
+QString IntegrityCheck::finding()
+{
+    thread->wait();
+    return result;
 }
 
 } // namespace coagulation::report

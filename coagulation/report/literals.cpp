@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/report/literals.h"
 
+#include "coagulation/report/numbertext.h"
+
 #include <QLocale>
 #include <QSqlQuery>
 #include <QStringDecoder>
@@ -13,14 +15,9 @@ namespace coagulation::report {
 
 namespace {
 
-QString withDigitGroups(qint64 number)
-{
-    return QLocale::c().toString(number);
-}
-
 QString ending(qint64 size, const QString &unit)
 {
-    return QString("… (%1 %2)").arg(withDigitGroups(size), unit);
+    return QString("… (%1 %2)").arg(countText(size), unit);
 }
 
 /// \return the first characters of a text, none of them cut in half

@@ -86,13 +86,9 @@ void TableComparison::compareBoth(const SchemaEntry &before, const SchemaEntry &
     }
     pair = pairOf(questions, layoutBefore, layoutAfter);
     compareColumns();
-    const qint64 rowsBefore = countRows(layoutBefore);
-    const qint64 rowsAfter = countRows(layoutAfter);
+    countMeetings();
     if (failed())
         return;
-    facts.rowsBefore = rowsBefore;
-    facts.rowsAfter = rowsAfter;
-    countMeetings();
     if (!pair.byPrimaryKey && facts.changed + facts.added + facts.removed > 0)
         countContents();
     if (facts.added > 0 && facts.removed > 0)
@@ -135,24 +131,32 @@ void TableComparison::compareColumns()
     }
 }
 
-/// Counts the rows that meet, and those of them that differ, in one pass over both tables.
+/// Counts the rows after, those that meet, and those of them that differ, in one pass: a view costs much.
 void TableComparison::countMeetings()
 {
-    if (pair.key.isEmpty()) {
-        facts.added = *facts.rowsAfter;
-        facts.removed = *facts.rowsBefore;
+    const qint64 rowsBefore = countRows(pair.before);
+    qint64 rowsAfter = 0;
+    qint64 met = 0;
+    if (pair.key.isEmpty())
+        rowsAfter = countRows(pair.after);
+    else
+        questions.ask(
+            QString("select count(*), count(b.%1), coalesce(sum(b.%1 is not null and %2), 0)"
+                    " from %3 as a left join %4 as b on %5")
+                .arg(pair.key.first().before, differsInAny(pair.columns), pair.after.quotedName(),
+                     pair.before.quotedName(), pair.meeting()),
+            {}, [&](const QSqlQuery &row) {
+                rowsAfter = row.value(0).toLongLong();
+                met = row.value(1).toLongLong();
+                facts.changed = row.value(2).toLongLong();
+                return false;
+            });
+    if (failed())
         return;
-    }
-    questions.ask(QString("select count(*), coalesce(sum(%1), 0) from %2")
-                      .arg(differsInAny(pair.columns), pair.joined()),
-                  {}, [this](const QSqlQuery &row) {
-                      const qint64 met = row.value(0).toLongLong();
-                      // a view may show a row twice
-                      facts.added = std::max<qint64>(*facts.rowsAfter - met, 0);
-                      facts.removed = std::max<qint64>(*facts.rowsBefore - met, 0);
-                      facts.changed = row.value(1).toLongLong();
-                      return true;
-                  });
+    facts.rowsBefore = rowsBefore;
+    facts.rowsAfter = rowsAfter;
+    facts.added = rowsAfter - met;
+    facts.removed = std::max<qint64>(rowsBefore - met, 0); // a view may show a row twice
 }
 
 /// \return the groups of equal rows whose number differs, as a query: `difference` is above 0 if there are more

@@ -1,28 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/report/wording.h"
 
-#include <QLocale>
+#include "coagulation/report/numbertext.h"
 
 namespace coagulation::report {
 
-QString counted(qint64 number)
-{
-    return QLocale::c().toString(number);
-}
-
-QString countedRows(qint64 number)
-{
-    return number == 1 ? QString("1 row") : counted(number) + " rows";
-}
-
-QString spokenDuration(qint64 milliseconds)
+QString timeInWords(qint64 milliseconds)
 {
     if (milliseconds < 1000)
         return "less than a second";
     const qint64 seconds = (milliseconds + 500) / 1000;
     if (seconds < 120)
-        return seconds == 1 ? QString("1 second") : QString("%1 seconds").arg(seconds);
-    return QString("%1 minutes").arg((seconds + 30) / 60);
+        return countText(seconds, "second", "seconds");
+    return countText((seconds + 30) / 60, "minute", "minutes");
 }
 
 QString withoutKind(const QString &line)
