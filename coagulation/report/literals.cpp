@@ -33,8 +33,10 @@ QString realLiteral(double number)
 {
     if (std::isinf(number)) // as the sqlite3 shell writes it
         return number > 0 ? "9.0e+999" : "-9.0e+999";
-    const QString digits = QString::number(number, 'g', QLocale::FloatingPointShortest);
-    return digits.contains('.') || digits.contains('e') ? digits : digits + ".0";
+    constexpr double mostPlainDigits = 1e15;
+    if (std::trunc(number) == number && std::abs(number) < mostPlainDigits)
+        return QString::number(number, 'f', 1);
+    return QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 
 QString blobLiteral(const QByteArray &bytes, qint64 size)

@@ -228,7 +228,7 @@ void TableComparison::countRenamed()
 
 void TableComparison::countChangedColumns()
 {
-    constexpr qsizetype atOnce = 500; // of SQLite's 2,000 terms
+    constexpr qsizetype atOnce = 400; // SQLite takes 2,000 sums and columns in them
     for (qsizetype first = 0; first < pair.columns.size(); first += atOnce) {
         const QList<CommonColumn> columns =
             pair.columns.sliced(first, std::min(atOnce, pair.columns.size() - first));
