@@ -347,6 +347,31 @@ void Picture::writeLegend()
     }
 }
 
+QString noteBefore(const CurveFacts &curve)
+{
+    const Line before = lineBefore(curve);
+    if (before.isEmpty())
+        return "The curve before is not drawn: its coefficients were of no use.";
+    const Axes axes = axesOf(curve);
+    const bool outside = std::none_of(before.begin(), before.end(),
+                                      [&](const QPointF &place) { return axes.hold(place); });
+    return outside ? "The curve before lies outside this picture." : QString();
+}
+
+QString noteAfter(const CurveFacts &curve)
+{
+    if (curve.after.valid != true)
+        return lineAfter(curve).isEmpty() ? "The curve after is not drawn: it is invalid."
+                                          : QString();
+    if (lineAfter(curve).isEmpty())
+        return "The curve after is not drawn: its coefficients do not give the results that are stored "
+               "with its points.";
+    if (joinsFittedValues(curve))
+        return "The curve after is drawn through the results that are stored with its points, since its "
+               "coefficients do not give them in the order that this program knows.";
+    return {};
+}
+
 } // namespace
 
 bool canBePlotted(const CurveFacts &curve)
@@ -366,21 +391,11 @@ QStringList plotNotes(const CurveFacts &curve)
     const qsizetype unshown =
         std::count_if(curve.points.begin(), curve.points.end(),
                       [&](const PointFacts &point) { return !isShown(point, curve); });
-    if (unshown > 0) {
-        notes << countText(unshown, "point has", "points have")
-                + " no place on these axes, which a logarithmic axis has for values above 0 only.";
-    }
-    if (joinsFittedValues(curve) && !lineAfter(curve).isEmpty()) {
-        notes
-            << "The curve after is drawn through the values that were stored with its points, since its "
-               "coefficients do not give these values in the order that this program knows.";
-    }
-    const Line before = lineBefore(curve);
-    const Axes axes = axesOf(curve);
-    if (!before.isEmpty() && std::none_of(before.begin(), before.end(), [&](const QPointF &place) {
-            return axes.hold(place);
-        }))
-        notes << "The curve before lies outside this picture.";
+    if (unshown > 0)
+        notes << countText(unshown, "point is", "points are")
+                + " not shown: a logarithmic axis has no place for 0 and what is below it.";
+    notes << noteBefore(curve) << noteAfter(curve);
+    notes.removeAll(QString());
     return notes;
 }
 

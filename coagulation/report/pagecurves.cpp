@@ -19,7 +19,7 @@ QString methodText(const std::optional<int> &method)
         return "not known: there is no calibration of this name";
     switch (*method) {
     case 0:
-        return "straight line: k0 + k1 x";
+        return "straight line: a + b x";
     case 4:
         return "four-parameter logistic: d + (a - d) / (1 + (x / c)^b)";
     default:
@@ -41,6 +41,11 @@ QString validityText(const std::optional<bool> &valid)
     if (!valid)
         return "not stored";
     return *valid ? "✓ valid" : "✗ invalid";
+}
+
+QString dateText(const QString &date)
+{
+    return date.isEmpty() ? QString("not stored") : date;
 }
 
 QString storedText(const std::optional<double> &number)
@@ -77,7 +82,7 @@ void writeNumbers(PageWriter &page, const CurveFacts &curve)
                           {{"Stored"}, {"Before", "number"}, {"After", "number"}});
         writeRow(page, "Validity", validityText(curve.before.valid),
                  validityText(curve.after.valid), "number");
-        writeRow(page, "Date", curve.before.date, curve.after.date, "number");
+        writeRow(page, "Date", dateText(curve.before.date), dateText(curve.after.date), "number");
         writeRow(page, "Correlation", storedText(curve.before.correlation),
                  storedText(curve.after.correlation), "number");
         writeCoefficients(page, curve);

@@ -38,8 +38,8 @@ QString versionsText(const std::optional<int> &before, const std::optional<int> 
         return version ? "version " + QString::number(*version) : QString("no version");
     };
     if (before == after)
-        return "It had " + text(before) + " and has it still.";
-    return "It had " + text(before) + " and has " + text(after) + " now.";
+        return "It stays at " + text(after) + '.';
+    return "It went from " + text(before) + " to " + text(after) + '.';
 }
 
 QString summaryOf(const DatabaseFacts &database)

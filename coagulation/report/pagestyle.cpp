@@ -87,6 +87,8 @@ th, td { text-align: left; vertical-align: top; padding: 0.3rem 0.7rem 0.3rem 0;
 thead th { color: var(--quiet); font-weight: 600; border-bottom: 2px solid var(--rule); }
 tbody th { font-weight: 500; }
 .number { text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; overflow-wrap: normal; }
+.counts { width: auto; }
+.counts th, .counts td { padding-right: 1.4rem; }
 .counts thead th, .short { overflow-wrap: normal; }
 .name { min-width: 7rem; }
 .values { min-width: 12rem; }

@@ -85,7 +85,7 @@ QList<PlotAxis::Tick> PlotAxis::ticks() const
 
 QList<PlotAxis::Tick> PlotAxis::evenTicks(double from, double to) const
 {
-    const double step = easyStep((to - from) / 6.0);
+    const double step = easyStep((to - from) / 7.0);
     const double last = std::floor(to / step);
     QList<Tick> found;
     for (double i = std::ceil(from / step); i <= last; ++i)
