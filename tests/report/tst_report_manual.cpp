@@ -25,7 +25,7 @@ QByteArray read(const QString &path)
 /// \return the options of the program's own help, with their hyphens
 QStringList optionsOfHelp()
 {
-    static const QRegularExpression line(R"(^ +(-[^<\s]+(?:, -[^<\s]+)*))",
+    static const QRegularExpression line(R"(^ +(-[^<\s,]+(?:, -[^<\s,]+)*))",
                                          QRegularExpression::MultilineOption);
     const ToolRun run = runTool({.program = VARDO_REPORT, .arguments = {"--help"}});
     QStringList options;
