@@ -48,6 +48,16 @@ QStringList termsOf(const QStringList &expressions)
     return terms;
 }
 
+/// A password is nobody's business, not even that of who reads the report.
+/// \param value expression of a column's value
+/// \return what is shown in its place
+QString shown(const QString &column, const QString &value)
+{
+    if (!column.contains("password", Qt::CaseInsensitive))
+        return value;
+    return QString("iif(%1 is null, null, 'not shown')").arg(value);
+}
+
 struct KeyNames {
     QStringList names;
     QStringList before; ///< expressions
@@ -99,7 +109,7 @@ QList<RowFacts> readRows(Questions &questions, const Literals &literals, const T
     for (const Column &column :
          layout.columns.first(std::min(layout.columns.size(), mostColumns))) {
         columns << column.name;
-        expressions << quoted(column.name);
+        expressions << shown(column.name, alias + '.' + quoted(column.name));
     }
     QStringList keyExpressions;
     for (const QString &name : key)
@@ -108,9 +118,8 @@ QList<RowFacts> readRows(Questions &questions, const Literals &literals, const T
     keyExpressions = qualified(alias, keyExpressions);
     const QString sql =
         QString("select %1 from %2 as %3%4%5 limit %6")
-            .arg((termsOf(keyExpressions) + termsOf(qualified(alias, expressions))).join(", "),
-                 layout.quotedName(), alias,
-                 selection.condition.isEmpty() ? QString() : " where " + selection.condition,
+            .arg((termsOf(keyExpressions) + termsOf(expressions)).join(", "), layout.quotedName(),
+                 alias, selection.condition.isEmpty() ? QString() : " where " + selection.condition,
                  key.isEmpty() ? QString() : " order by " + keyExpressions.join(", "),
                  QString::number(selection.most));
     QList<RowFacts> rows;
@@ -139,7 +148,7 @@ QList<RowFacts> readRenamedRows(Questions &questions, const Literals &literals,
     columns = columns.first(std::min(columns.size(), mostColumns));
     QStringList expressions;
     for (const CommonColumn &column : columns)
-        expressions << "a." + column.after;
+        expressions << shown(column.name, "a." + column.after);
     const QString sql =
         QString("select %1 from %2 order by %3 limit %4")
             .arg((termsOf(key.before) + termsOf(key.after) + termsOf(expressions)).join(", "),
@@ -165,13 +174,14 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
                                   qint64 most)
 {
     const KeyNames key = keyOf(pair);
-    const QList<CommonColumn> shown = columns.first(std::min(columns.size(), mostColumns));
+    const QList<CommonColumn> some = columns.first(std::min(columns.size(), mostColumns));
     const bool hasName =
         pair.after.column("name") != nullptr && !key.names.contains("name", Qt::CaseInsensitive);
     QStringList terms = termsOf(key.before) + termsOf({hasName ? "a.name" : "null"});
-    for (const CommonColumn &column : shown)
-        terms << differs(column) << isOverwritten(column) << literalTerms("b." + column.before)
-              << literalTerms("a." + column.after);
+    for (const CommonColumn &column : some)
+        terms << differs(column) << isOverwritten(column)
+              << literalTerms(shown(column.name, "b." + column.before))
+              << literalTerms(shown(column.name, "a." + column.after));
     const QString sql = QString("select %1 from %2 where %3 order by %4 limit %5")
                             .arg(terms.join(", "), pair.joined(), differsInAny(columns),
                                  key.before.join(", "), QString::number(most));
@@ -183,7 +193,7 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
                            {},
                            hasName ? literals.read(row, term) : QString()};
         term += literalTermCount;
-        for (const CommonColumn &column : shown) {
+        for (const CommonColumn &column : some) {
             if (row.value(term).toBool())
                 changed.cells << ChangedCell{column.name, literals.read(row, term + 2),
                                              literals.read(row, term + 2 + literalTermCount),
