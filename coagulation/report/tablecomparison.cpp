@@ -2,12 +2,14 @@
 #include "coagulation/report/tablecomparison.h"
 
 #include "coagulation/report/databasepair.h"
+#include "coagulation/report/settingnames.h"
 #include "coagulation/report/tablerows.h"
 
 #include <QSqlQuery>
 #include <QVariant>
 
 #include <algorithm>
+#include <iterator>
 
 namespace coagulation::report {
 
@@ -33,6 +35,7 @@ private:
     qint64 countRows(const TableLayout &layout);
     bool isCheapToRead(const TableLayout &view);
     void compareColumns();
+    void findRenamedSettings();
     void countMeetings();
     QString contents() const;
     void countContents();
@@ -86,6 +89,8 @@ void TableComparison::compareBoth(const SchemaEntry &before, const SchemaEntry &
     }
     pair = pairOf(questions, layoutBefore, layoutAfter);
     compareColumns();
+    if (context.isProfile && folded(facts.name) == "profile")
+        findRenamedSettings();
     countMeetings();
     if (failed())
         return;
@@ -131,6 +136,36 @@ void TableComparison::compareColumns()
     }
 }
 
+/// Settings whose names the steps have changed meet by their new names.
+void TableComparison::findRenamedSettings()
+{
+    if (!pair.byPrimaryKey || pair.key.size() != 1 || pair.before.collations != "binary"
+        || pair.after.view)
+        return;
+    QMap<QString, QString> names;
+    questions.ask(QString("select b.%1 from %2 as b where typeof(b.%1) = 'text' and %3")
+                      .arg(pair.key.first().before, pair.before.quotedName(), pair.onlyBefore()),
+                  {}, [&names](const QSqlQuery &row) {
+                      const QString name = row.value(0).toString();
+                      if (const QString newName = newSettingName(name); newName != name)
+                          names.insert(name, newName);
+                      return true;
+                  });
+    const QString isNew =
+        QString("select count(*) from %1 as a where a.%2 = ? and %3")
+            .arg(pair.after.quotedName(), pair.key.first().after, pair.onlyAfter());
+    for (auto name = names.begin(); name != names.end();) {
+        const bool found = questions.value(isNew, {name.value()}).toInt() == 1
+            && names.keys(name.value()).size() == 1;
+        name = found ? std::next(name) : names.erase(name);
+    }
+    pair.newNames = names;
+    if (!names.isEmpty()) // otherwise each of them would be a change
+        pair.columns.removeIf([this](const CommonColumn &column) {
+            return column.before == pair.key.first().before;
+        });
+}
+
 /// Counts the rows after, those that meet, and those of them that differ, in one pass: a view costs much.
 void TableComparison::countMeetings()
 {
@@ -157,6 +192,7 @@ void TableComparison::countMeetings()
     facts.rowsAfter = rowsAfter;
     facts.added = rowsAfter - met;
     facts.removed = std::max<qint64>(rowsBefore - met, 0); // a view may show a row twice
+    facts.renamed = pair.newNames.size();
 }
 
 /// \return the groups of equal rows whose number differs, as a query: `difference` is above 0 if there are more
@@ -221,9 +257,10 @@ void TableComparison::countRenamed()
     const bool keyIsRowid = pair.before.collations.isEmpty();
     if (!pair.byPrimaryKey || !pair.rowid || keyIsRowid)
         return;
-    facts.renamed = questions.value("select count(*) from " + twins()).toLongLong();
-    facts.added -= facts.renamed;
-    facts.removed -= facts.renamed;
+    const qint64 count = questions.value("select count(*) from " + twins()).toLongLong();
+    facts.renamed += count;
+    facts.added -= count;
+    facts.removed -= count;
 }
 
 void TableComparison::countChangedColumns()
@@ -274,14 +311,14 @@ void TableComparison::readExamples()
     const QString renamedAfter = QString("a.%1 not in (select a.%1 from %2)");
     if (facts.removed > 0) {
         QString condition = meetsByContent ? contentsOnOneSide(true) : pair.onlyBefore();
-        if (facts.renamed > 0)
+        if (facts.renamed > pair.newNames.size())
             condition += " and " + renamedBefore.arg(pair.rowid->before, twins());
         facts.removedRows = readRows(questions, context.literals, pair.before, "b", key,
                                      {condition, std::min(facts.removed, mostLost())});
     }
     if (facts.added > 0) {
         QString condition = meetsByContent ? contentsOnOneSide(false) : pair.onlyAfter();
-        if (facts.renamed > 0)
+        if (facts.renamed > pair.newNames.size())
             condition += " and " + renamedAfter.arg(pair.rowid->after, twins());
         facts.addedRows = readRows(questions, context.literals, pair.after, "a", key,
                                    {condition, std::min(facts.added, mostExamples)});

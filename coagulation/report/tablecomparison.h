@@ -14,6 +14,7 @@ struct ComparisonContext {
     const QSqlDatabase &connection;
     Literals literals;
     ComparisonOptions options;
+    bool isProfile = false; ///< the database has the settings
 };
 
 /// Compares the rows of a table. A failure becomes the problem of the facts.

@@ -79,6 +79,11 @@ bool hasNullInKey(Questions &questions, const TableLayout &layout)
         .toBool();
 }
 
+QString textLiteral(QString text)
+{
+    return '\'' + text.replace('\'', "''") + '\'';
+}
+
 CommonColumn commonColumn(const Column &before, const Column &after)
 {
     return {before.name, quoted(before.name), quoted(after.name),
@@ -174,12 +179,14 @@ TableLayout layoutOf(Questions &questions, const QString &schema, const SchemaEn
     return layout;
 }
 
-QString TablePair::meeting(const QString &aliasBefore, const QString &aliasAfter) const
+QString TablePair::meeting(const QString &alias) const
 {
+    if (!newNames.isEmpty())
+        return QString("%1.%2 = %3")
+            .arg(alias, key.first().before, renamed("a." + key.first().after, false));
     QStringList conditions;
     for (const CommonColumn &column : key)
-        conditions
-            << QString("%1.%2 = %3.%4").arg(aliasBefore, column.before, aliasAfter, column.after);
+        conditions << QString("%1.%2 = a.%3").arg(alias, column.before, column.after);
     return conditions.join(" and ");
 }
 
@@ -191,14 +198,30 @@ QString TablePair::joined() const
 
 QString TablePair::onlyBefore() const
 {
+    QStringList conditions;
+    for (const CommonColumn &column : key)
+        conditions
+            << QString("%1 = other.%2").arg(renamed("b." + column.before, true), column.after);
     return QString("not exists (select 1 from %1 as other where %2)")
-        .arg(after.quotedName(), meeting("b", "other"));
+        .arg(after.quotedName(), conditions.join(" and "));
 }
 
 QString TablePair::onlyAfter() const
 {
     return QString("not exists (select 1 from %1 as other where %2)")
-        .arg(before.quotedName(), meeting("other", "a"));
+        .arg(before.quotedName(), meeting("other"));
+}
+
+QString TablePair::renamed(const QString &expression, bool toNew) const
+{
+    if (newNames.isEmpty())
+        return expression;
+    QStringList cases;
+    for (auto name = newNames.begin(); name != newNames.end(); ++name)
+        cases << QString("when %1 then %2")
+                     .arg(textLiteral(toNew ? name.key() : name.value()),
+                          textLiteral(toNew ? name.value() : name.key()));
+    return QString("case %1 %2 else %1 end").arg(expression, cases.join(' '));
 }
 
 QString differs(const CommonColumn &column)

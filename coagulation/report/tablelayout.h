@@ -72,10 +72,11 @@ struct TablePair {
     QList<CommonColumn> key{}; ///< by which rows meet; none: by their content only
     bool byPrimaryKey = false;
     std::optional<CommonColumn> rowid{}; ///< none if one side has none
+    QMap<QString, QString> newNames{};   ///< of keys that are texts of one column, by the old name
 
-    /// \return the condition under which two rows meet
-    /// \param aliasBefore, aliasAfter names of the rows
-    QString meeting(const QString &aliasBefore = "b", const QString &aliasAfter = "a") const;
+    /// \return the condition under which two rows meet, for a search among the rows before
+    /// \param alias of the row before
+    QString meeting(const QString &alias = "b") const;
 
     /// \return the tables with all pairs of rows that meet
     QString joined() const;
@@ -83,6 +84,9 @@ struct TablePair {
     /// \return the conditions under which a row has none to meet on the other side
     QString onlyBefore() const;
     QString onlyAfter() const;
+
+private:
+    QString renamed(const QString &expression, bool toNew) const;
 };
 
 /// \return the condition under which two rows differ in a column

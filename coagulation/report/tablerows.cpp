@@ -177,7 +177,8 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
     const QList<CommonColumn> some = columns.first(std::min(columns.size(), mostColumns));
     const bool hasName =
         pair.after.column("name") != nullptr && !key.names.contains("name", Qt::CaseInsensitive);
-    QStringList terms = termsOf(key.before) + termsOf({hasName ? "a.name" : "null"});
+    QStringList terms =
+        termsOf(key.before) + termsOf(key.after) + termsOf({hasName ? "a.name" : "null"});
     for (const CommonColumn &column : some)
         terms << differs(column) << isOverwritten(column)
               << literalTerms(shown(column.name, "b." + column.before))

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace coagulation::report {
+
+/// \return the name that the steps give a setting of the profile database, or its own if they leave it. A step also
+///         changes the value of some, so that nothing else shows that they are the same.
+QString newSettingName(const QString &name);
+
+} // namespace coagulation::report
