@@ -189,10 +189,14 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
     QList<ChangedRow> rows;
     qsizetype letters = 0;
     questions.ask(sql, {}, [&](const QSqlQuery &row) {
-        int term = literalTermCount * static_cast<int>(key.names.size());
-        ChangedRow changed{keyText(literals, row, 0, key.names),
-                           {},
-                           hasName ? literals.read(row, term) : QString()};
+        const int keyTerms = literalTermCount * static_cast<int>(key.names.size());
+        ChangedRow changed{keyText(literals, row, 0, key.names), {}};
+        const QString newKey = keyText(literals, row, keyTerms, key.names);
+        if (!pair.newNames.isEmpty() && newKey != changed.key)
+            changed.key += ", now " + newKey;
+        int term = 2 * keyTerms;
+        if (hasName)
+            changed.name = literals.read(row, term);
         term += literalTermCount;
         for (const CommonColumn &column : some) {
             if (row.value(term).toBool())
