@@ -36,17 +36,23 @@ QString userOf(const QString &ownFolder)
     return owner.isEmpty() ? qEnvironmentVariable("USERNAME") : owner;
 }
 
+QByteArray digestOfProgram(const QString &program)
+{
+    QFile file(program);
+    if (program.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return {};
+    return digestOf(file, [](qint64) { return true; });
+}
+
 } // namespace
 
 Record recordOf(const QString &ownFolder, const QString &program)
 {
-    QFile file(program);
-    const bool isThere = file.open(QIODevice::ReadOnly);
     return {.time = QDateTime::currentDateTime(),
             .host = QSysInfo::machineHostName(),
             .user = userOf(ownFolder),
             .program = program,
-            .programSha256 = isThere ? digestOf(file, [](qint64) { return true; }) : QByteArray(),
+            .programSha256 = digestOfProgram(program),
             .vardoVersion = VARDO_VERSION,
             .qtVersion = qVersion(),
             .sqliteVersion = sqliteVersion()};

@@ -97,6 +97,13 @@ QStringList Laboratory::temporaryFiles() const
     return QDir(temporary.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
 }
 
+bool Laboratory::removeTemporaryFiles() const
+{
+    for (const QString &name : temporaryFiles())
+        QDir(temporary.filePath(name)).removeRecursively();
+    return temporaryFiles().isEmpty();
+}
+
 QJsonObject databaseIn(const QJsonObject &facts, const QString &name)
 {
     for (const QJsonValue &database : facts.value("databases").toArray()) {

@@ -36,6 +36,9 @@ public:
     /// \return the names of what stands where temporary folders are made
     QStringList temporaryFiles() const;
 
+    /// \return false if a program still works there
+    bool removeTemporaryFiles() const;
+
     /// \return a path in the folder that run() works in
     QString result(const QString &fileName) const { return results.filePath(fileName); }
 

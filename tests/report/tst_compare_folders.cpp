@@ -195,8 +195,7 @@ void TestCompareFolders::leavesTheFoldersAsTheyWere_data()
     QTest::newRow("wal") << QByteArray("wal") << QByteArray("select 1;") << true;
     QTest::newRow("wal, in use") << QByteArray("wal") << create << false;
     QTest::newRow("wal, left by a crash") << QByteArray("wal") << create << true;
-    QTest::newRow("in use") << QByteArray("delete") << QByteArray("begin immediate;" + create)
-                            << false;
+    QTest::newRow("in use") << QByteArray("delete") << "begin immediate;" + create << false;
 }
 
 void TestCompareFolders::leavesTheFoldersAsTheyWere()
