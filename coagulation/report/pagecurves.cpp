@@ -140,8 +140,8 @@ void writeCurves(PageWriter &page, const Report &report)
     const QList<CurveFacts> &curves = databaseOf(report, "profile")->curves;
     const Element section(page, "section", {{"id", "curves"}});
     page.element("h2", "Standard curves");
-    page.element(
-        "p", "These curves were fitted once more. Check each of them before results depend on it.");
+    page.element("p",
+                 "These curves were fitted once more. Calibrate each of them again before use.");
     for (qsizetype i = 0; i < curves.size(); ++i)
         writeCurve(page, curves.at(i), i);
 }

@@ -69,8 +69,8 @@ code, .literal, .digest, .log { font-family: ui-monospace, 'Cascadia Mono', 'Lib
 .good { color: var(--good); }
 .look { color: var(--look); }
 .bad { color: var(--bad); }
-.verdict { display: flex; gap: 0.9rem; align-items: baseline; padding: 0.9rem 1.1rem; border-left: 0.4rem solid; border-radius: 0.25rem; font-size: 1.15rem; margin: 1rem 0; }
-.verdict .words { color: var(--ink); }
+.verdict { display: flex; flex-wrap: wrap; gap: 0.2rem 0.9rem; align-items: baseline; padding: 0.9rem 1.1rem; border-left: 0.4rem solid; border-radius: 0.25rem; font-size: 1.15rem; margin: 1rem 0; }
+.verdict .words { color: var(--ink); flex: 1 1 16rem; }
 .verdict .mark { font-weight: 700; white-space: nowrap; }
 .verdict.good { background: var(--good-panel); }
 .verdict.look { background: var(--look-panel); }
@@ -83,7 +83,7 @@ nav ul { list-style: none; display: flex; flex-wrap: wrap; gap: 0.2rem 1.2rem; p
 .wide { overflow-x: auto; margin: 0.5rem 0 1rem; }
 table { border-collapse: collapse; width: 100%; font-size: 0.94rem; }
 caption { text-align: left; color: var(--quiet); padding: 0.2rem 0; }
-th, td { text-align: left; vertical-align: top; padding: 0.3rem 0.7rem 0.3rem 0; border-bottom: 1px solid var(--rule); }
+th, td { text-align: left; vertical-align: baseline; padding: 0.3rem 0.7rem 0.3rem 0; border-bottom: 1px solid var(--rule); }
 thead th { color: var(--quiet); font-weight: 600; border-bottom: 2px solid var(--rule); }
 tbody th { font-weight: 500; }
 .number { text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; overflow-wrap: normal; }
@@ -91,6 +91,7 @@ tbody th { font-weight: 500; }
 .counts th, .counts td { padding-right: 1.4rem; }
 .counts thead th, .short { overflow-wrap: normal; }
 .name { min-width: 7rem; }
+.counts .name { min-width: 11rem; }
 .values { min-width: 12rem; }
 .pair { display: inline-block; margin-right: 1.1rem; max-width: 100%; }
 .pair .column { color: var(--quiet); }

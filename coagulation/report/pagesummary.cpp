@@ -24,7 +24,7 @@ Judgement judgementOf(const Report &report)
     if (!succeeded(report))
         return {"bad", rehearsal ? "✗ Fails" : "✗ Wrong"};
     if (!report.attention.isEmpty())
-        return {"look", rehearsal ? "! Works, look" : "! Look"};
+        return {"look", rehearsal ? "! Works, look below" : "! Look below"};
     return {"good", rehearsal ? "✓ Works" : "✓ In order"};
 }
 
@@ -96,7 +96,15 @@ void writeCurveNames(PageWriter &page, const QString &kind, const QList<Link> &n
     writeLinks(page, names);
 }
 
-void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile)
+/// \return whether there are invalid curves of which the page has no picture, since they were not fitted
+bool hasOtherInvalidCurves(const QList<Attention> &attention)
+{
+    return std::any_of(attention.begin(), attention.end(), [](const Attention &point) {
+        return point.kind == Attention::Kind::InvalidCurve && !point.anchor.startsWith("curve-");
+    });
+}
+
+void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile, const Report &report)
 {
     QList<Link> invalid;
     QList<Link> refitted;
@@ -104,11 +112,14 @@ void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile)
         const CurveFacts &curve = profile.curves.at(i);
         (curve.after.valid == true ? refitted : invalid) << Link{curveAnchor(i), curve.name};
     }
+    const bool others = hasOtherInvalidCurves(report.attention);
     const Answer answer(page, "Which curves must be calibrated again?");
-    if (profile.curves.isEmpty())
+    if (profile.curves.isEmpty() && !others)
         page.text("None: no curve was fitted once more");
     writeCurveNames(page, "Invalid: ", invalid);
-    writeCurveNames(page, "Fitted once more, to be checked: ", refitted);
+    writeCurveNames(page, "Fitted once more: ", refitted);
+    if (others)
+        writeCurveNames(page, "Invalid as before: ", {{"attention", "see below"}});
 }
 
 /// \return the tables of a database in which values need attention since they were overwritten
@@ -229,7 +240,7 @@ void writeVerdict(PageWriter &page, const Report &report)
     writeDuration(page, report);
     const DatabaseFacts *profile = databaseOf(report, "profile");
     if (profile != nullptr && profile->problem.isEmpty()) {
-        writeCurvesToCalibrate(page, *profile);
+        writeCurvesToCalibrate(page, *profile, report);
         writeOverwrittenSettings(page, *profile, report);
     }
 }

@@ -29,7 +29,7 @@ void writeNumber(PageWriter &page, const QString &text)
 
 void writeColumns(PageWriter &page, const TableFacts &table)
 {
-    const Element cell(page, "td", {{"class", "name"}});
+    const Element cell(page, "td", {{"class", "values"}});
     const auto columns = [&page](const QString &what, const QStringList &names) {
         if (names.isEmpty())
             return;
@@ -202,7 +202,7 @@ void writeTableOverview(PageWriter &page, const DatabaseFacts &database)
                            {"Removed", "number"},
                            {"New key", "number"},
                            {"Changed", "number"},
-                           {"Columns", "name"}},
+                           {"Columns"}},
                           "counts");
         for (qsizetype i = 0; i < database.tables.size(); ++i) {
             if (differs(database.tables.at(i)))
