@@ -323,7 +323,7 @@ void Picture::writeLegend()
     double x = 14.0;
     const auto entry = [&](const QString &words) {
         text(words, x + 18.0, y + 5.0, "legend");
-        x += 124.0;
+        x += 132.0;
     };
     PointFacts plain;
     mark(plain, x, y);

@@ -130,8 +130,8 @@ void writeObjects(PageWriter &page, const QList<ObjectFacts> &objects, const QSt
 {
     for (const ObjectFacts &object : objects) {
         const Element row(page, "tr");
-        page.element("td", what);
-        page.foreignElement("td", object.type);
+        page.element("td", what, {{"class", "short"}});
+        page.foreignElement("td", object.type, {{"class", "short"}});
         page.foreignElement("td", object.name);
         page.foreignElement("td", object.table);
     }
@@ -144,7 +144,7 @@ void writeObjects(PageWriter &page, const DatabaseFacts &database)
     const Element section(page, "section", {{"id", objectsAnchor(database.name)}});
     page.element("h3", "Indexes, triggers and views");
     const Table table(page, "Those that are gone or new",
-                      {{"What became of it"}, {"Kind"}, {"Name"}, {"Of the table"}});
+                      {{"Now"}, {"Kind"}, {"Name"}, {"Of the table"}});
     writeObjects(page, database.objectsGone, "gone");
     writeObjects(page, database.objectsNew, "new");
 }

@@ -89,9 +89,10 @@ tbody th { font-weight: 500; }
 .number { text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; overflow-wrap: normal; }
 .counts { width: auto; }
 .counts th, .counts td { padding-right: 1.4rem; }
-.counts thead th, .short { overflow-wrap: normal; }
+thead th { overflow-wrap: normal; white-space: normal; }
+.short { overflow-wrap: normal; }
 .name { min-width: 7rem; }
-.counts .name { min-width: 11rem; }
+.counts .name { min-width: 12rem; }
 .values { min-width: 12rem; }
 .pair { display: inline-block; margin-right: 1.1rem; max-width: 100%; }
 .pair .column { color: var(--quiet); }
@@ -120,6 +121,9 @@ summary { cursor: pointer; padding: 0.25rem 0; color: var(--link); }
 .plot .outlier { fill: none; stroke: var(--bad); stroke-width: 2; }
 @media (max-width: 40rem) {
   body { padding: 1rem 0.9rem 3rem; }
+  .name, .values { min-width: 5.5rem; }
+  .counts .name { min-width: 8rem; }
+  .counts th, .counts td { padding-right: 0.7rem; }
   .plot text { font-size: 19px; }
 }
 @media print {
