@@ -93,7 +93,9 @@ QJsonObject changedCellObject(const ChangedCell &cell)
 
 QJsonObject changedRowObject(const ChangedRow &row)
 {
-    return {{"key", row.key}, {"cells", arrayOf(row.cells, changedCellObject)}};
+    return {{"key", row.key},
+            {"name", textOrNull(row.name)},
+            {"cells", arrayOf(row.cells, changedCellObject)}};
 }
 
 QJsonObject columnObject(const ColumnChanges &column)
@@ -180,7 +182,8 @@ QJsonObject databaseObject(const DatabaseFacts &database)
             {"tables", arrayOf(database.tables, tableObject)},
             {"objectsGone", arrayOf(database.objectsGone, objectObject)},
             {"objectsNew", arrayOf(database.objectsNew, objectObject)},
-            {"curves", arrayOf(database.curves, curveObject)}};
+            {"curves", arrayOf(database.curves, curveObject)},
+            {"otherInvalidCurves", QJsonArray::fromStringList(database.otherInvalidCurves)}};
 }
 
 QJsonObject lineObject(const LogLine &line)

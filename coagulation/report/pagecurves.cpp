@@ -131,19 +131,31 @@ void writeCurve(PageWriter &page, const CurveFacts &curve, qsizetype index)
     writeNumbers(page, curve);
 }
 
+void writeOtherInvalidCurves(PageWriter &page, const QStringList &names)
+{
+    if (names.isEmpty())
+        return;
+    page.element("h3", "Invalid curves that were not fitted once more");
+    const Element list(page, "ul");
+    for (const QString &name : names)
+        page.foreignElement("li", name);
+}
+
 } // namespace
 
 void writeCurves(PageWriter &page, const Report &report)
 {
     if (!hasCurves(report))
         return;
-    const QList<CurveFacts> &curves = databaseOf(report, "profile")->curves;
+    const DatabaseFacts &profile = *databaseOf(report, "profile");
     const Element section(page, "section", {{"id", "curves"}});
     page.element("h2", "Standard curves");
-    page.element("p",
-                 "These curves were fitted once more. Calibrate each of them again before use.");
-    for (qsizetype i = 0; i < curves.size(); ++i)
-        writeCurve(page, curves.at(i), i);
+    if (!profile.curves.isEmpty())
+        page.element(
+            "p", "These curves were fitted once more. Calibrate each of them again before use.");
+    for (qsizetype i = 0; i < profile.curves.size(); ++i)
+        writeCurve(page, profile.curves.at(i), i);
+    writeOtherInvalidCurves(page, profile.otherInvalidCurves);
 }
 
 } // namespace coagulation::report

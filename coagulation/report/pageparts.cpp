@@ -16,7 +16,8 @@ const DatabaseFacts *databaseOf(const Report &report, const QString &name)
 bool hasCurves(const Report &report)
 {
     const DatabaseFacts *profile = databaseOf(report, "profile");
-    return profile != nullptr && !profile->curves.isEmpty();
+    return profile != nullptr
+        && !(profile->curves.isEmpty() && profile->otherInvalidCurves.isEmpty());
 }
 
 Table::Table(PageWriter &page, const QString &caption, std::initializer_list<Head> columnHeads,

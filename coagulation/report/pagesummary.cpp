@@ -96,15 +96,7 @@ void writeCurveNames(PageWriter &page, const QString &kind, const QList<Link> &n
     writeLinks(page, names);
 }
 
-/// \return whether there are invalid curves of which the page has no picture, since they were not fitted
-bool hasOtherInvalidCurves(const QList<Attention> &attention)
-{
-    return std::any_of(attention.begin(), attention.end(), [](const Attention &point) {
-        return point.kind == Attention::Kind::InvalidCurve && !point.anchor.startsWith("curve-");
-    });
-}
-
-void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile, const Report &report)
+void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile)
 {
     QList<Link> invalid;
     QList<Link> refitted;
@@ -112,14 +104,13 @@ void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile, cons
         const CurveFacts &curve = profile.curves.at(i);
         (curve.after.valid == true ? refitted : invalid) << Link{curveAnchor(i), curve.name};
     }
-    const bool others = hasOtherInvalidCurves(report.attention);
+    for (const QString &name : profile.otherInvalidCurves)
+        invalid << Link{"curves", name};
     const Answer answer(page, "Which curves must be calibrated again?");
-    if (profile.curves.isEmpty() && !others)
-        page.text("None: no curve was fitted once more");
+    if (invalid.isEmpty() && refitted.isEmpty())
+        page.text("None: no curve is invalid, and none was fitted once more");
     writeCurveNames(page, "Invalid: ", invalid);
     writeCurveNames(page, "Fitted once more: ", refitted);
-    if (others)
-        writeCurveNames(page, "Invalid as before: ", {{"attention", "see below"}});
 }
 
 /// \return the tables of a database in which values need attention since they were overwritten
@@ -240,7 +231,7 @@ void writeVerdict(PageWriter &page, const Report &report)
     writeDuration(page, report);
     const DatabaseFacts *profile = databaseOf(report, "profile");
     if (profile != nullptr && profile->problem.isEmpty()) {
-        writeCurvesToCalibrate(page, *profile, report);
+        writeCurvesToCalibrate(page, *profile);
         writeOverwrittenSettings(page, *profile, report);
     }
 }

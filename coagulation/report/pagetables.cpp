@@ -143,16 +143,23 @@ void writeChangedCell(PageWriter &page, const ChangedCell &cell)
     page.element("td", cell.overwritten ? "● overwritten" : "", {{"class", "look tag"}});
 }
 
+void writeChangedKey(PageWriter &page, const ChangedRow &row)
+{
+    const Element head(page, "th",
+                       {{"scope", row.cells.size() > 1 ? "rowgroup" : "row"},
+                        {"class", "name"},
+                        {"rowspan", QString::number(row.cells.size())}});
+    page.foreignElement("span", row.key, {{"class", "literal"}});
+    if (!row.name.isEmpty())
+        page.foreignElement("div", row.name, {{"class", "quiet"}});
+}
+
 void writeChangedRow(PageWriter &page, const ChangedRow &facts)
 {
     for (qsizetype i = 0; i < facts.cells.size(); ++i) {
         const Element row(page, "tr");
-        if (i == 0) {
-            page.foreignElement("th", facts.key,
-                                {{"scope", facts.cells.size() > 1 ? "rowgroup" : "row"},
-                                 {"class", "name literal"},
-                                 {"rowspan", QString::number(facts.cells.size())}});
-        }
+        if (i == 0)
+            writeChangedKey(page, facts);
         writeChangedCell(page, facts.cells.at(i));
     }
 }
