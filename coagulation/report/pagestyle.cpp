@@ -96,7 +96,6 @@ thead th { overflow-wrap: normal; white-space: normal; }
 .values { min-width: 12rem; }
 .pair { display: inline-block; margin-right: 1.1rem; max-width: 100%; }
 .pair .column { color: var(--quiet); }
-.column::after { content: ' '; }
 .tag { font-weight: 600; white-space: nowrap; overflow-wrap: normal; }
 details { margin: 0.5rem 0 1rem; }
 summary { cursor: pointer; padding: 0.25rem 0; color: var(--link); }

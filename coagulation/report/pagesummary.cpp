@@ -226,7 +226,7 @@ void writeVerdict(PageWriter &page, const Report &report)
             "This was a rehearsal: the upgrade ran on copies. The databases that the laboratory "
             "works with are unchanged.");
     }
-    const Element answers(page, "ul", {{"class", "glance"}});
+    const Element answers(page, "ul", {{"class", "glance"}, {"id", "answers"}});
     writeWhetherItWorks(page, report);
     writeDuration(page, report);
     const DatabaseFacts *profile = databaseOf(report, "profile");

@@ -128,8 +128,10 @@ void writeRows(PageWriter &page, const QList<RowFacts> &rows, qint64 all, const 
         }
         const Element values(page, "td", {{"class", "values"}});
         for (const Cell &cell : facts.cells) {
+            page.text(" ");
             const Element pair(page, "span", {{"class", "pair"}});
             page.foreignElement("span", cell.column, {{"class", "column"}});
+            page.text(" ");
             page.foreignElement("span", cell.value, {{"class", "literal"}});
         }
     }
@@ -145,10 +147,9 @@ void writeChangedCell(PageWriter &page, const ChangedCell &cell)
 
 void writeChangedKey(PageWriter &page, const ChangedRow &row)
 {
-    const Element head(page, "th",
-                       {{"scope", row.cells.size() > 1 ? "rowgroup" : "row"},
-                        {"class", "name"},
-                        {"rowspan", QString::number(row.cells.size())}});
+    const Element head(
+        page, "th",
+        {{"scope", "row"}, {"class", "name"}, {"rowspan", QString::number(row.cells.size())}});
     page.foreignElement("span", row.key, {{"class", "literal"}});
     if (!row.name.isEmpty())
         page.foreignElement("div", row.name, {{"class", "quiet"}});

@@ -71,8 +71,8 @@ void PageWriter::text(const QString &text)
 
 void PageWriter::foreign(const QString &text)
 {
-    if (!text.isEmpty())
-        element("bdi", visibleText(text));
+    // SQLite allows names of no length.
+    element("bdi", text.isEmpty() ? "(empty)" : visibleText(text));
 }
 
 void PageWriter::foreignElement(const QString &name, const QString &text, Attributes attributes)

@@ -75,13 +75,15 @@ TableFacts changedTable()
     table.removedRows << RowFacts{"name = 'gone'", {}, {{"name", "'gone'"}, {"value", "1.0"}}};
     table.renamedRows << RowFacts{"name = 'a'", "name = 'b'", {{"value", "X'00FF'"}}}
                       << RowFacts{"name = 'c'", "name = 'd'", {{"value", "2"}}};
-    table.changedRows << ChangedRow{"name = 'site'", {{"value", "'mine'", "'theirs'", true}}}
-                      << ChangedRow{"name = 'x'",
-                                    {{"value", "NULL", "1"}, {"remark", "'1'", "1.0"}}};
+    table.changedRows << ChangedRow{
+        "name = 'site'",
+        {{"value", "'mine'", "'theirs'", true}},
+        "'Site'"} << ChangedRow{"name = 'x'", {{"value", "NULL", "1"}, {"remark", "'1'", "1.0"}}};
     return table;
 }
 
-TableFacts plainTable(const QString &name, std::optional<qint64> before, std::optional<qint64> after)
+TableFacts plainTable(const QString &name, std::optional<qint64> before,
+                      std::optional<qint64> after)
 {
     TableFacts table;
     table.name = name;
@@ -118,6 +120,7 @@ DatabaseFacts profileDatabase()
     profile.objectsGone << ObjectFacts{"index", "curve_index", "curve"};
     profile.objectsNew << ObjectFacts{"trigger", "reagent_trigger", "reagent"};
     profile.curves << sampleCurve() << logisticCurve() << invalidCurve() << curveWithoutPoints();
+    profile.otherInvalidCurves = QStringList{"AT III"};
     return profile;
 }
 
@@ -135,20 +138,18 @@ DatabaseFacts dataDatabase()
 
 QList<Attention> pointsOfEveryKind()
 {
-    return {{Attention::Kind::Failure, "The step update_v12() of data failed.",
-             databaseAnchor("data")},
-            {Attention::Kind::InvalidCurve, "The curve II is invalid.", curveAnchor(2)},
-            {Attention::Kind::RefittedCurve, "The curve FIB was fitted once more.", curveAnchor(0)},
-            {Attention::Kind::LostRows, "reagent_unmoved holds 3 rows.", tableAnchor("profile", 2)},
-            {Attention::Kind::GoneObject, "The index curve_index is gone.",
-             objectsAnchor("profile")},
-            {Attention::Kind::Overwritten, "A value of profile was overwritten.",
-             tableAnchor("profile", 0)},
-            {Attention::Kind::ReagentIdentifier, "A reagent has another identifier.",
-             tableAnchor("profile", 1)},
-            {Attention::Kind::LoweredVersion, "The version of qc was lowered.",
-             databaseAnchor("qc")},
-            {Attention::Kind::Warning, "no such table: x", logAnchor(1)}};
+    return {
+        {Attention::Kind::Failure, "The step update_v12() of data failed.", databaseAnchor("data")},
+        {Attention::Kind::InvalidCurve, "The curve II is invalid.", curveAnchor(2)},
+        {Attention::Kind::RefittedCurve, "The curve FIB was fitted once more.", curveAnchor(0)},
+        {Attention::Kind::LostRows, "reagent_unmoved holds 3 rows.", tableAnchor("profile", 2)},
+        {Attention::Kind::GoneObject, "The index curve_index is gone.", objectsAnchor("profile")},
+        {Attention::Kind::Overwritten, "A value of profile was overwritten.",
+         tableAnchor("profile", 0)},
+        {Attention::Kind::ReagentIdentifier, "A reagent has another identifier.",
+         tableAnchor("profile", 1)},
+        {Attention::Kind::LoweredVersion, "The version of qc was lowered.", databaseAnchor("qc")},
+        {Attention::Kind::Warning, "no such table: x", logAnchor(1)}};
 }
 
 } // namespace
@@ -188,6 +189,7 @@ Report sampleReport()
                      "6.4.2",
                      "3.40.1"};
     report.databases << profileDatabase() << dataDatabase() << upgradedDatabase("qc", 3, 2);
+    report.databases.last().problem = "The database is damaged.";
     DatabaseFacts missing;
     missing.name = "syslog";
     missing.newestVersion = 4;
@@ -214,83 +216,103 @@ Report calmReport()
 
 namespace {
 
-void fillFiles(QList<FileFacts> &files, const QString &text)
+/// A text that is empty means something else, and stays.
+void fill(QString &place, const QString &text)
+{
+    if (!place.isEmpty())
+        place = text;
+}
+
+void fill(QStringList &places, const QString &text)
+{
+    for (QString &place : places)
+        place = text;
+}
+
+void fill(QList<FileFacts> &files, const QString &text)
 {
     for (FileFacts &file : files)
         file.path = text;
 }
 
-void fillRows(QList<RowFacts> &rows, const QString &text)
+void fill(QList<RowFacts> &rows, const QString &text)
 {
     for (RowFacts &row : rows) {
         row.key = text;
-        row.newKey = text;
+        fill(row.newKey, text);
         for (Cell &cell : row.cells)
             cell = {text, text};
     }
 }
 
-void fillTable(TableFacts &table, const QString &text)
+void fill(QList<ChangedRow> &rows, const QString &text)
 {
-    table.name = text;
-    table.columnsAdded = QStringList{text, text};
-    table.columnsRemoved = QStringList{text};
-    table.problem = text;
-    for (ColumnChanges &column : table.changedColumns)
-        column.column = text;
-    fillRows(table.addedRows, text);
-    fillRows(table.removedRows, text);
-    fillRows(table.renamedRows, text);
-    for (ChangedRow &row : table.changedRows) {
+    for (ChangedRow &row : rows) {
         row.key = text;
+        fill(row.name, text);
         for (ChangedCell &cell : row.cells)
             cell = {text, text, text, cell.overwritten};
     }
 }
 
-void fillObjects(QList<ObjectFacts> &objects, const QString &text)
+void fill(TableFacts &table, const QString &text)
+{
+    table.name = text;
+    fill(table.columnsAdded, text);
+    fill(table.columnsRemoved, text);
+    fill(table.problem, text);
+    for (ColumnChanges &column : table.changedColumns)
+        column.column = text;
+    fill(table.addedRows, text);
+    fill(table.removedRows, text);
+    fill(table.renamedRows, text);
+    fill(table.changedRows, text);
+}
+
+void fill(QList<ObjectFacts> &objects, const QString &text)
 {
     for (ObjectFacts &object : objects)
         object = {text, text, text};
 }
 
-void fillCurve(CurveFacts &curve, const QString &text)
+void fill(CurveFacts &curve, const QString &text)
 {
     curve.key = text;
     curve.name = text;
     curve.xUnit = text;
     curve.yUnit = text;
-    curve.before.date = text;
-    curve.after.date = text;
+    fill(curve.before.date, text);
+    fill(curve.after.date, text);
 }
 
-void fillDatabase(DatabaseFacts &database, const QString &text)
+void fill(DatabaseFacts &database, const QString &text)
 {
-    fillFiles(database.filesBefore, text);
-    fillFiles(database.filesAfter, text);
-    database.integrityBefore = text;
-    database.integrityAfter = text;
-    database.problem = text;
+    fill(database.filesBefore, text);
+    fill(database.filesAfter, text);
+    fill(database.integrityBefore, text);
+    fill(database.integrityAfter, text);
+    fill(database.problem, text);
     for (StepFacts &step : database.steps)
         step.signature = text;
     for (TableFacts &table : database.tables)
-        fillTable(table, text);
-    fillObjects(database.objectsGone, text);
-    fillObjects(database.objectsNew, text);
+        fill(table, text);
+    fill(database.objectsGone, text);
+    fill(database.objectsNew, text);
     for (CurveFacts &curve : database.curves)
-        fillCurve(curve, text);
+        fill(curve, text);
+    fill(database.otherInvalidCurves, text);
 }
 
 } // namespace
 
 void fillTexts(Report &report, const QString &text)
 {
-    report.record.host = text;
-    report.record.user = text;
-    report.record.program = text;
-    report.problem = text;
+    fill(report.record.host, text);
+    fill(report.record.user, text);
+    fill(report.record.program, text);
+    fill(report.problem, text);
     for (DatabaseFacts &database : report.databases)
-        fillDatabase(database, text);
+        fill(database, text);
     for (LogLine &line : report.log)
         line.text = text;
     for (Attention &point : report.attention)
