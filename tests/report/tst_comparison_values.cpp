@@ -20,6 +20,7 @@ private slots:
     void writesLiterals();
     void writesLiteralsOfUtf16_data();
     void writesLiteralsOfUtf16();
+    void showsNoPassword();
 };
 
 void TestComparisonValues::tellsValuesApart_data()
@@ -214,6 +215,20 @@ void TestComparisonValues::writesLiteralsOfUtf16()
              (QStringList{"t: changed 1",
                           "  id = 1 | x: '" + QString(200, u'凝') + "'… (250 characters) -> 'a"
                               + QChar(0) + "血😀'"}));
+}
+
+void TestComparisonValues::showsNoPassword()
+{
+    const QString user = "create table user(id integer primary key, name text, Password text)";
+
+    QCOMPARE(
+        differencesOf(
+            {user, "insert into user values(1, 'a', 'old'), (2, 'b', null), (3, 'c', '')"},
+            {user, "insert into user values(1, 'a', 'new'), (2, 'b', ''), (4, 'd', 'own')"}),
+        (QStringList{"user: added 1", "  id = 4 | id = 4, name = 'd', Password = 'not shown'",
+                     "user: removed 1", "  id = 3 | id = 3, name = 'c', Password = 'not shown'",
+                     "user: changed 2", "  id = 1 | Password: 'not shown' -> 'not shown'",
+                     "  id = 2 | Password: NULL -> 'not shown'"}));
 }
 
 QTEST_GUILESS_MAIN(TestComparisonValues)
