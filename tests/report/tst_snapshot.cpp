@@ -126,6 +126,7 @@ private slots:
     void givesTheLockUp();
     void copiesWhatWasCommitted_data();
     void copiesWhatWasCommitted();
+    void copiesALogThatIsStartedAfresh();
     void playsBackTheJournalOfACrash();
     void leavesTheLogOfACrash();
     void givesUpOnALockedDatabase_data();
@@ -372,6 +373,31 @@ void TestSnapshot::copiesWhatWasCommitted()
     }
     writer.kill();
     QCOMPARE(states.size(), statesWanted); // or nobody wrote
+}
+
+void TestSnapshot::copiesALogThatIsStartedAfresh()
+{
+    makeDatabase("wal");
+    OtherProgram other(original());
+    other.run("pragma wal_autocheckpoint=0;\nupdate number set value = 2;\n" + setToOne
+              + "pragma wal_checkpoint;\n");
+    QVERIFY(QFileInfo(original() + "-wal").size() > 2'000'000); // of several pieces
+    const qint64 size = QFileInfo(original()).size();
+    qint64 counted = 0;
+    bool written = false;
+
+    const Snapshot snapshot = take([&](qint64 bytes) {
+        counted += bytes;
+        if (counted > size && !written) { // within the log
+            written = true;
+            other.run("update number set value = 3;");
+        }
+        return true;
+    });
+
+    QCOMPARE(snapshot.problem, QString());
+    QVERIFY(written);
+    QCOMPARE(valuesIn(copy()), state(3));
 }
 
 void TestSnapshot::playsBackTheJournalOfACrash()
