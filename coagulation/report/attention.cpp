@@ -164,8 +164,9 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
             anchor);
     else if (lost > 0 && table.viewAfter)
         add(Kind::LostRows,
-            QString("%1 of %2 %3 no longer shown. They are kept in results.")
-                .arg(countText(lost, "row", "rows"), table.name, lost == 1 ? "is" : "are"),
+            QString("%1 of %2 %3 kept in results.")
+                .arg(countText(lost, "row", "rows"), table.name,
+                     lost == 1 ? "is no longer shown. It is" : "are no longer shown. They are"),
             anchor);
     else if (lost > 0)
         add(Kind::LostRows,

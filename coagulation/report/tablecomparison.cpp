@@ -67,11 +67,11 @@ bool TableComparison::isCheapToRead(const TableLayout &view)
     questions.ask("explain query plan select * from " + view.quotedName(), {},
                   [&](const QSqlQuery &row) {
                       const QString step = row.value(3).toString();
-                      if (step.startsWith("SCAN ") && !step.contains("VIRTUAL TABLE"))
-                          ++scans;
-                      else if (!step.startsWith("SEARCH ")
-                               || !step.contains("USING INTEGER PRIMARY KEY (rowid=?)"))
+                      const bool reads = step.startsWith("SCAN ") || step.startsWith("SEARCH ");
+                      if (!reads || step.contains("VIRTUAL TABLE"))
                           cheap = false;
+                      else if (!step.contains("USING INTEGER PRIMARY KEY (rowid=?)"))
+                          ++scans;
                       return true;
                   });
     return cheap && scans <= 1;

@@ -8,11 +8,15 @@
 
 class TestDatabase;
 
-/// Compares two databases; a progress that is not wanted.
+/// Compares two databases to the end.
 /// \param name "profile", "data", "qc" or "syslog"
 coagulation::report::DatabaseFacts
 compared(const TestDatabase &before, const TestDatabase &after, const QString &name = "qc",
          const coagulation::report::ComparisonOptions &options = {true, true});
+
+/// \return the report of an upgrade of one database that says that it worked
+coagulation::report::Report reportOn(const TestDatabase &before, const TestDatabase &after,
+                                     const QString &name);
 
 /// \return what differs between the databases, a line for each count, row, column and object:
 ///         "t: changed 1", "  id = 3 | x: 'a' -> 'b'"; and for what could not be compared "t: problem"

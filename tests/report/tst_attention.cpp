@@ -1,0 +1,474 @@
+// SPDX-License-Identifier: MIT
+/// What needs attention: for each kind databases that have it and databases that have not; and the verdict.
+
+#include "compared.h"
+#include "testdatabase.h"
+
+#include "coagulation/report/attention.h"
+
+#include <QTest>
+
+using namespace coagulation::report;
+using Kind = Attention::Kind;
+
+Q_DECLARE_METATYPE(Attention::Kind)
+
+class TestAttention : public QObject {
+    Q_OBJECT
+
+private slots:
+    void tellsWhatDatabasesHave_data();
+    void tellsWhatDatabasesHave();
+    void isSilentOtherwise_data();
+    void isSilentOtherwise();
+    void tellsFailures_data();
+    void tellsFailures();
+    void quotesTheWarningOfTheFailedStep();
+    void tellsWarnings();
+    void shortensManySentences();
+    void linksToPlaces();
+    void ordersByImportance();
+    void givesAVerdict_data();
+    void givesAVerdict();
+};
+
+namespace {
+
+/// \return a database at its newest version
+QStringList atNewestVersion(const QString &name, const QStringList &statements)
+{
+    return QStringList{"create table version(version integer)",
+                       QString("insert into version values(%1)").arg(newestVersion(name))}
+    + statements;
+}
+
+Report reportOn(const QString &name, const QStringList &before, const QStringList &after)
+{
+    const TestDatabase databaseBefore;
+    databaseBefore.execute(atNewestVersion(name, before));
+    const TestDatabase databaseAfter;
+    databaseAfter.execute(atNewestVersion(name, after));
+    return ::reportOn(databaseBefore, databaseAfter, name);
+}
+
+/// \return a report in which nothing is wrong
+Report soundReport()
+{
+    Report report;
+    report.exitCode = 0;
+    report.milliseconds = 2600;
+    for (const char *name : {"profile", "data", "qc", "syslog"}) {
+        DatabaseFacts facts{name};
+        facts.newestVersion = newestVersion(name);
+        facts.filesBefore = {{QString("/lab/%1.db").arg(name), 4096, "0"}};
+        facts.filesAfter = facts.filesBefore;
+        facts.versionBefore = 1;
+        facts.versionAfter = facts.newestVersion;
+        facts.integrityBefore = "ok";
+        facts.integrityAfter = "ok";
+        report.databases << facts;
+    }
+    return report;
+}
+
+QStringList textsOf(const Report &report)
+{
+    QStringList texts;
+    for (const Attention &attention : attentionOf(report))
+        texts << attention.text;
+    return texts;
+}
+
+} // namespace
+
+void TestAttention::tellsWhatDatabasesHave_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<QStringList>("after");
+    QTest::addColumn<Attention::Kind>("kind");
+    QTest::addColumn<QString>("text");
+
+    const QString numbered = "create table t(id integer primary key, x, name)";
+    const QString rows = "insert into t values(1, 'a', 'one'), (2, 'b', 'two'), (3, 'c', 'three')";
+    const QString curve = "create table curve(id integer primary key, name, date, valid)";
+
+    QTest::newRow("invalid curve")
+        << "profile" << QStringList{curve, "insert into curve values(1, 'II', '2020-01-01', 0)"}
+        << QStringList{curve, "insert into curve values(1, 'II', '2026-01-01', 0)"}
+        << Kind::InvalidCurve << "The standard curve ‘II’ is invalid: calibrate again.";
+    QTest::newRow("another invalid curve")
+        << "profile" << QStringList{curve, "insert into curve values(1, 'II', '2020-01-01', 0)"}
+        << QStringList{curve, "insert into curve values(1, 'II', '2020-01-01', 0)"}
+        << Kind::InvalidCurve
+        << "1 other standard curve is invalid and was not fitted once more: ‘II’. Calibrate again what you use.";
+    QTest::newRow("refitted curve")
+        << "profile" << QStringList{curve, "insert into curve values(1, 'PT', '2020-01-01', 0)"}
+        << QStringList{curve, "insert into curve values(1, 'PT', '2026-01-01', 1)"}
+        << Kind::RefittedCurve
+        << "The standard curve ‘PT’ was fitted once more: calibrate again before use.";
+
+    QTest::newRow("lost row") << "qc" << QStringList{numbered, rows}
+                              << QStringList{numbered, rows, "delete from t where id = 2"}
+                              << Kind::LostRows
+                              << "1 row of t is not there any more: id = 2 ('two').";
+    QTest::newRow("lost rows")
+        << "data" << QStringList{numbered, rows}
+        << QStringList{numbered, rows, "delete from t where id <> 2"} << Kind::LostRows
+        << "2 rows of t are not there any more: id = 1 ('one') and id = 3 ('three').";
+    QTest::newRow("lost among new rows")
+        << "qc" << QStringList{numbered, rows}
+        << QStringList{numbered, rows, "delete from t where id = 2",
+                       "insert into t values(4, 'd', 'four')"}
+        << Kind::LostRows << "1 row of t is not there any more: id = 2 ('two').";
+    QTest::newRow("lost table") << "qc" << QStringList{numbered, rows} << QStringList{}
+                                << Kind::LostRows << "The table t is gone, with 3 rows.";
+    QTest::newRow("rows that were not moved")
+        << "data" << QStringList{}
+        << QStringList{"create table result_unmoved(id integer primary key)",
+                       "insert into result_unmoved values(1), (2)"}
+        << Kind::LostRows
+        << "2 rows of result did not arrive in its new layout. result_unmoved keeps them, and the analyser software"
+           " does not see them.";
+    QTest::newRow("rows that a view does not show")
+        << "data"
+        << QStringList{"create table result(id integer primary key)",
+                       "insert into result values(1), (2)",
+                       "create table results(id integer primary key)",
+                       "insert into results values(1), (2)"}
+        << QStringList{"create table results(id integer primary key)",
+                       "insert into results values(1), (2)",
+                       "create view result as select id from results where id > 1"}
+        << Kind::LostRows << "1 row of result is no longer shown. It is kept in results.";
+
+    QTest::newRow("gone column") << "qc" << QStringList{numbered}
+                                 << QStringList{"create table t(id integer primary key, name)"}
+                                 << Kind::GoneObject << "The column x of t is gone.";
+    QTest::newRow("gone table") << "qc" << QStringList{numbered} << QStringList{}
+                                << Kind::GoneObject << "The table t is gone. It was empty.";
+    QTest::newRow("gone index") << "qc" << QStringList{numbered, "create index own on t(x)"}
+                                << QStringList{numbered} << Kind::GoneObject
+                                << "The index own of t is gone.";
+    QTest::newRow("gone trigger")
+        << "data"
+        << QStringList{numbered, "create trigger own after delete on t begin select 1; end"}
+        << QStringList{numbered} << Kind::GoneObject << "The trigger own of t is gone.";
+    QTest::newRow("gone view") << "syslog" << QStringList{"create view own as select 1"}
+                               << QStringList{} << Kind::GoneObject << "The view own is gone.";
+    QTest::newRow("index of the wrong database")
+        << "qc" << QStringList{numbered, "create index result_index on t(x)"}
+        << QStringList{numbered} << Kind::GoneObject << "The index result_index of t is gone.";
+
+    for (const char *name : {"profile", "data", "qc", "syslog"})
+        QTest::addRow("overwritten in %s", name)
+            << name << QStringList{numbered, rows}
+            << QStringList{numbered, rows, "update t set x = 'new' where id > 1"}
+            << Kind::Overwritten << "In t, 2 values of x were replaced.";
+    QTest::newRow("one overwritten value")
+        << "qc" << QStringList{numbered, rows}
+        << QStringList{numbered, rows, "update t set x = null where id = 1"} << Kind::Overwritten
+        << "In t, 1 value of x was replaced.";
+    QTest::newRow("a curve's own name")
+        << "profile" << QStringList{curve, "insert into curve values(1, 'PT', '2020-01-01', 1)"}
+        << QStringList{curve, "insert into curve values(1, 'II', '2020-01-01', 1)"}
+        << Kind::Overwritten << "In curve, 1 value of name was replaced.";
+    QTest::newRow("a reagent of another database")
+        << "qc"
+        << QStringList{"create table reagent(id integer primary key, reagentId)",
+                       "insert into reagent values(1, 7)"}
+        << QStringList{"create table reagent(id integer primary key, reagentId)",
+                       "insert into reagent values(1, 8)"}
+        << Kind::Overwritten << "In reagent, 1 value of reagentId was replaced.";
+
+    const QString reagent = "create table reagent(id integer primary key, reagentId, name)";
+    QTest::newRow("reagent identifier")
+        << "profile" << QStringList{reagent, "insert into reagent values(3, 'A101', 'CaCl2')"}
+        << QStringList{reagent, "insert into reagent values(3, 'A101(3)', 'CaCl2')"}
+        << Kind::ReagentIdentifier
+        << "The identifier of the reagent 'CaCl2' changed from 'A101' to 'A101(3)'.";
+}
+
+void TestAttention::tellsWhatDatabasesHave()
+{
+    QFETCH(QString, name);
+    QFETCH(QStringList, before);
+    QFETCH(QStringList, after);
+    QFETCH(Attention::Kind, kind);
+    QFETCH(QString, text);
+
+    const Report report = reportOn(name, before, after);
+    const QList<Attention> attention = attentionOf(report);
+
+    QCOMPARE(textsOf(report), QStringList{text});
+    QCOMPARE(attention.first().kind, kind);
+    QVERIFY(succeeded(report));
+}
+
+void TestAttention::isSilentOtherwise_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<QStringList>("after");
+
+    const QString curve = "create table curve(id integer primary key, name, date, valid)";
+    const QString valid = "insert into curve values(1, 'PT', '2020-01-01', 1)";
+    QTest::newRow("valid curve") << "profile" << QStringList{curve, valid}
+                                 << QStringList{curve, valid};
+    QTest::newRow("curve of an instrument") // of the data database
+        << "data"
+        << QStringList{"create table curve(id integer primary key, curve)",
+                       "insert into curve values(1, null)"}
+        << QStringList{"create table curve(id integer primary key, curve)",
+                       "insert into curve values(1, x'00')"};
+    QTest::newRow("new rows") << "qc" << QStringList{"create table t(x)"}
+                              << QStringList{"create table t(x)", "insert into t values(1)"};
+    QTest::newRow("an empty table of rows that were not moved")
+        << "data" << QStringList{} << QStringList{"create table result_unmoved(id)"};
+    QTest::newRow("indexes that the steps drop")
+        << "data" << QStringList{"create table t(x)", "create index result_index on t(x)"}
+        << QStringList{"create table t(x)"};
+    QTest::newRow("indexes that the steps drop, of curves")
+        << "profile" << QStringList{"create table t(x)", "create index curve_index on t(x)"}
+        << QStringList{"create table t(x)"};
+    QTest::newRow("a table that became a view of the same rows")
+        << "data"
+        << QStringList{"create table result(id integer primary key, x)",
+                       "insert into result values(1, 'a')"}
+        << QStringList{"create table results(id integer primary key, x)",
+                       "insert into results values(1, 'a')",
+                       "create view result as select id, x from results"};
+    QTest::newRow("new objects") << "qc" << QStringList{"create table t(x)"}
+                                 << QStringList{"create table t(x, y)", "create index i on t(x)",
+                                                "create view v as select 1"};
+    QTest::newRow("values filled in")
+        << "qc"
+        << QStringList{"create table t(id integer primary key, x)", "insert into t values(1, null)"}
+        << QStringList{"create table t(id integer primary key, x)", "insert into t values(1, 'a')"};
+    QTest::newRow("times without fractions")
+        << "data"
+        << QStringList{"create table t(id integer primary key, x)",
+                       "insert into t values(1, '08:01:02.5')"}
+        << QStringList{"create table t(id integer primary key, x)",
+                       "insert into t values(1, '08:01:02')"};
+    QTest::newRow("renamed settings")
+        << "profile"
+        << QStringList{"create table profile(name text primary key, value)",
+                       "insert into profile values('program/PT/volume', 50)"}
+        << QStringList{"create table profile(name text primary key, value)",
+                       "insert into profile values('program/PT/dilution/volume', 50)"};
+    for (const char *identifier : {"null", "''"})
+        QTest::addRow("reagent that had no identifier: %s", identifier)
+            << "profile"
+            << QStringList{"create table reagent(id integer primary key, reagentId)",
+                           QString("insert into reagent values(1, %1)").arg(identifier)}
+            << QStringList{"create table reagent(id integer primary key, reagentId)",
+                           "insert into reagent values(1, '101')"};
+    QTest::newRow("virtual table") << "qc" << QStringList{"create virtual table t using fts5(x)"}
+                                   << QStringList{"create virtual table t using fts5(x)"};
+}
+
+void TestAttention::isSilentOtherwise()
+{
+    QFETCH(QString, name);
+    QFETCH(QStringList, before);
+    QFETCH(QStringList, after);
+
+    const Report report = reportOn(name, before, after);
+
+    QCOMPARE(textsOf(report), QStringList());
+    QVERIFY(succeeded(report));
+}
+
+void TestAttention::tellsFailures_data()
+{
+    QTest::addColumn<Report>("report");
+    QTest::addColumn<QStringList>("texts");
+    QTest::addColumn<QString>("clause");
+
+    const auto add = [](const char *row, const QString &clause, const QStringList &texts,
+                        const std::function<void(Report &)> &change) {
+        Report report = soundReport();
+        change(report);
+        QTest::newRow(row) << report << texts << "The upgrade fails" + clause;
+    };
+    add("no end", ": vardo was stopped.", {"Vardo was stopped."}, [](Report &report) {
+        report.exitCode.reset();
+        report.problem = "Vardo was stopped.";
+    });
+    add("exit code", ": vardo ended with exit code 1.",
+        {"The upgrade failed: vardo ended with exit code 1."},
+        [](Report &report) { report.exitCode = 1; });
+    add("failed step", " at the data database: the step update_v8() failed.",
+        {"The upgrade of the data database failed: the step update_v8() failed."},
+        [](Report &report) {
+            report.exitCode = 1;
+            report.databases[1].versionAfter = 1;
+            report.databases[1].steps = {{"update_v8()", StepResult::Fail}};
+        });
+    add("not compared", " at the qc database: the database before the upgrade is locked.",
+        {"The qc database could not be compared: the database before the upgrade is locked."},
+        [](Report &report) {
+            report.databases[2].problem = "The database before the upgrade is locked.";
+        });
+    add("missing", " at the qc database: it is missing after the upgrade.",
+        {"The qc database is missing after the upgrade."},
+        [](Report &report) { report.databases[2].filesAfter.clear(); });
+    add("damaged", " at the syslog database: it is damaged.",
+        {"The syslog database is damaged after the upgrade: Page 3 is never used"},
+        [](Report &report) { report.databases[3].integrityAfter = "Page 3 is never used"; });
+    add("damaged before", " at the syslog database: it is damaged.",
+        {"The syslog database is damaged: Page 3 is never used"}, [](Report &report) {
+            report.databases[3].integrityBefore = "Page 3 is never used";
+            report.databases[3].integrityAfter = "Page 3 is never used";
+        });
+    add("too low", " at the profile database: it is at version 9, not at 30.",
+        {"The profile database is at version 9 after the upgrade, not at 30."}, [](Report &report) {
+            report.databases[0].newestVersion = 30;
+            report.databases[0].versionAfter = 9;
+        });
+    add("newer", " at the data database: it is newer than vardo.",
+        {"The data database was at version 99 before the upgrade. The newest one that vardo knows is 12.",
+         "The version of the data database was lowered from 99 to 12."},
+        [](Report &report) {
+            report.databases[1].newestVersion = 12;
+            report.databases[1].versionBefore = 99;
+            report.databases[1].versionAfter = 12;
+        });
+    add("table", " at the qc database: the table t could not be compared.",
+        {"The table t of the qc database could not be compared: the table is damaged."},
+        [](Report &report) {
+            TableFacts table{"t"};
+            table.problem = "The table is damaged.";
+            report.databases[2].tables << table;
+        });
+}
+
+void TestAttention::tellsFailures()
+{
+    QFETCH(Report, report);
+    QFETCH(QStringList, texts);
+    QFETCH(QString, clause);
+
+    QCOMPARE(textsOf(report), texts);
+    QCOMPARE(attentionOf(report).first().kind, Kind::Failure);
+    QCOMPARE(verdict(report), clause);
+    QVERIFY(!succeeded(report));
+    QVERIFY(succeeded(soundReport()));
+    QCOMPARE(textsOf(soundReport()), QStringList());
+}
+
+void TestAttention::quotesTheWarningOfTheFailedStep()
+{
+    Report report = soundReport();
+    report.exitCode = 1;
+    report.databases[1].steps = {{"update_v8()", StepResult::Fail}};
+    report.log = {{"Debug: Updating /lab/profile.db"}, {"Warning: of another database", {}, true},
+                  {"Debug: Updating /lab/data.db"},    {"Warning: early", {}, true},
+                  {"Warning: the cause", {}, true},    {"Debug: update_v8() : FAIL"}};
+
+    QCOMPARE(
+        textsOf(report),
+        (QStringList{
+            "The upgrade of the data database failed: the step update_v8() failed. The log says: the cause",
+            "of another database", "early"}));
+    QCOMPARE(attentionOf(report).first().anchor, "log-5");
+}
+
+void TestAttention::tellsWarnings()
+{
+    Report report = soundReport();
+    report.log = {{"Debug: Updating /lab/profile.db"},
+                  {"Warning: Left 5 values of result.extra behind", {}, true}};
+
+    QCOMPARE(textsOf(report), QStringList{"Left 5 values of result.extra behind"});
+    QCOMPARE(attentionOf(report).first().kind, Kind::Warning);
+    QCOMPARE(attentionOf(report).first().anchor, "log-2");
+}
+
+void TestAttention::shortensManySentences()
+{
+    Report report = soundReport();
+    for (int i = 1; i <= 27; ++i)
+        report.log << LogLine{QString("Warning: %1").arg(i), {}, true};
+
+    const QStringList texts = textsOf(report);
+
+    QCOMPARE(texts.size(), 21);
+    QCOMPARE(texts.at(19), "20");
+    QCOMPARE(texts.at(20), "And 7 more.");
+}
+
+void TestAttention::linksToPlaces()
+{
+    const QString curve = "create table curve(id integer primary key, name, date, valid)";
+    const Report report = reportOn(
+        "profile",
+        {curve, "insert into curve values(1, 'II', '2020-01-01', 0), (2, 'X', '2020-01-01', 0)",
+         "create index own on curve(name)", "create table t(x)", "insert into t values(1)"},
+        {curve, "insert into curve values(1, 'II', '2020-01-01', 0), (2, 'X', '2026-01-01', 1)",
+         "create table t(x)"});
+
+    QStringList anchors;
+    for (const Attention &attention : attentionOf(report))
+        anchors << attention.anchor;
+
+    QCOMPARE(anchors,
+             (QStringList{"database-profile", "curve-1", "table-profile-2", "objects-profile"}));
+}
+
+void TestAttention::ordersByImportance()
+{
+    Report report = soundReport();
+    report.log = {{"Warning: last", {}, true}};
+    report.databases[0].objectsGone = {{"view", "v", "v"}};
+    report.databases[1].versionBefore = 13;
+    report.databases[3].integrityAfter = "Page 3 is never used";
+
+    QList<Attention> attention = attentionOf(report);
+
+    QVERIFY(attention.size() > 3);
+    QVERIFY(std::is_sorted(attention.begin(), attention.end(),
+                           [](const Attention &a, const Attention &b) { return a.kind < b.kind; }));
+}
+
+void TestAttention::givesAVerdict_data()
+{
+    QTest::addColumn<Report>("report");
+    QTest::addColumn<QString>("sentence");
+
+    Report report = soundReport();
+    QTest::newRow("rehearsal")
+        << report
+        << "The upgrade works: all 4 databases reach the version that this vardo knows, in 3 seconds.";
+    report.log = {{"Warning: one", {}, true}};
+    QTest::newRow("with a point")
+        << report
+        << "The upgrade works: all 4 databases reach the version that this vardo knows, in 3 seconds; 1 point needs attention.";
+    report.databases.resize(1);
+    report.milliseconds = 240'000;
+    report.log << LogLine{"Warning: two", {}, true};
+    QTest::newRow("one database")
+        << report
+        << "The upgrade works: the profile database reaches the version that this vardo knows, in 4 minutes; 2 points need attention.";
+    report.use = Use::Comparison;
+    report.exitCode.reset();
+    QTest::newRow("comparison") << report << "The upgrade worked, and 2 points need attention.";
+    report.log.clear();
+    QTest::newRow("comparison without a point")
+        << report << "The upgrade worked, and nothing needs attention.";
+    report.databases.first().filesAfter.clear();
+    QTest::newRow("comparison with a failure")
+        << report << "Something is wrong at the profile database: it is missing after the upgrade.";
+}
+
+void TestAttention::givesAVerdict()
+{
+    QFETCH(Report, report);
+    QFETCH(QString, sentence);
+
+    QCOMPARE(verdict(report), sentence);
+}
+
+QTEST_GUILESS_MAIN(TestAttention)
+
+#include "tst_attention.moc"
