@@ -27,9 +27,23 @@ template <typename Value> QJsonValue valueOrNull(const std::optional<Value> &val
     return value ? QJsonValue(*value) : QJsonValue();
 }
 
+/// \return a text without halves of surrogate pairs, at which other programs' readers of JSON stop
+QJsonValue textValue(const QString &text)
+{
+    return text.isValidUtf16() ? text : QString::fromUtf8(text.toUtf8());
+}
+
+QJsonArray textArray(const QStringList &texts)
+{
+    QJsonArray array;
+    for (const QString &text : texts)
+        array << textValue(text);
+    return array;
+}
+
 QJsonValue textOrNull(const QString &text)
 {
-    return text.isEmpty() ? QJsonValue() : QJsonValue(text);
+    return text.isEmpty() ? QJsonValue() : textValue(text);
 }
 
 QJsonValue bytesOrNull(const QByteArray &text)
@@ -48,7 +62,9 @@ QJsonArray arrayOf(const QList<Item> &items, QJsonObject (*objectOf)(const Item 
 
 QJsonObject fileObject(const FileFacts &file)
 {
-    return {{"path", file.path}, {"bytes", file.bytes}, {"sha256", bytesOrNull(file.sha256)}};
+    return {{"path", textValue(file.path)},
+            {"bytes", file.bytes},
+            {"sha256", bytesOrNull(file.sha256)}};
 }
 
 QString resultWord(StepResult result)
@@ -66,51 +82,53 @@ QString resultWord(StepResult result)
 
 QJsonObject stepObject(const StepFacts &step)
 {
-    return {{"signature", step.signature},
+    return {{"signature", textValue(step.signature)},
             {"result", resultWord(step.result)},
             {"milliseconds", valueOrNull(step.milliseconds)}};
 }
 
 QJsonObject cellObject(const Cell &cell)
 {
-    return {{"column", cell.column}, {"value", cell.value}};
+    return {{"column", textValue(cell.column)}, {"value", textValue(cell.value)}};
 }
 
 QJsonObject rowObject(const RowFacts &row)
 {
-    return {{"key", row.key},
+    return {{"key", textValue(row.key)},
             {"newKey", textOrNull(row.newKey)},
             {"cells", arrayOf(row.cells, cellObject)}};
 }
 
 QJsonObject changedCellObject(const ChangedCell &cell)
 {
-    return {{"column", cell.column},
-            {"before", cell.before},
-            {"after", cell.after},
+    return {{"column", textValue(cell.column)},
+            {"before", textValue(cell.before)},
+            {"after", textValue(cell.after)},
             {"overwritten", cell.overwritten}};
 }
 
 QJsonObject changedRowObject(const ChangedRow &row)
 {
-    return {{"key", row.key},
+    return {{"key", textValue(row.key)},
             {"name", textOrNull(row.name)},
             {"cells", arrayOf(row.cells, changedCellObject)}};
 }
 
 QJsonObject columnObject(const ColumnChanges &column)
 {
-    return {{"column", column.column}, {"rows", column.rows}, {"overwritten", column.overwritten}};
+    return {{"column", textValue(column.column)},
+            {"rows", column.rows},
+            {"overwritten", column.overwritten}};
 }
 
 QJsonObject tableObject(const TableFacts &table)
 {
-    return {{"name", table.name},
+    return {{"name", textValue(table.name)},
             {"viewAfter", table.viewAfter},
             {"rowsBefore", valueOrNull(table.rowsBefore)},
             {"rowsAfter", valueOrNull(table.rowsAfter)},
-            {"columnsAdded", QJsonArray::fromStringList(table.columnsAdded)},
-            {"columnsRemoved", QJsonArray::fromStringList(table.columnsRemoved)},
+            {"columnsAdded", textArray(table.columnsAdded)},
+            {"columnsRemoved", textArray(table.columnsRemoved)},
             {"added", table.added},
             {"removed", table.removed},
             {"renamed", table.renamed},
@@ -125,7 +143,9 @@ QJsonObject tableObject(const TableFacts &table)
 
 QJsonObject objectObject(const ObjectFacts &object)
 {
-    return {{"type", object.type}, {"name", object.name}, {"table", object.table}};
+    return {{"type", textValue(object.type)},
+            {"name", textValue(object.name)},
+            {"table", textValue(object.table)}};
 }
 
 QJsonObject pointObject(const PointFacts &point)
@@ -151,10 +171,10 @@ QJsonObject stateObject(const CurveState &state)
 
 QJsonObject curveObject(const CurveFacts &curve)
 {
-    return {{"key", curve.key},
-            {"name", curve.name},
-            {"xUnit", curve.xUnit},
-            {"yUnit", curve.yUnit},
+    return {{"key", textValue(curve.key)},
+            {"name", textValue(curve.name)},
+            {"xUnit", textValue(curve.xUnit)},
+            {"yUnit", textValue(curve.yUnit)},
             {"method", valueOrNull(curve.method)},
             {"xFunction", valueOrNull(curve.xFunction)},
             {"yFunction", valueOrNull(curve.yFunction)},
@@ -168,7 +188,7 @@ QJsonObject curveObject(const CurveFacts &curve)
 
 QJsonObject databaseObject(const DatabaseFacts &database)
 {
-    return {{"name", database.name},
+    return {{"name", textValue(database.name)},
             {"newestVersion", database.newestVersion},
             {"versionBefore", valueOrNull(database.versionBefore)},
             {"versionAfter", valueOrNull(database.versionAfter)},
@@ -183,12 +203,12 @@ QJsonObject databaseObject(const DatabaseFacts &database)
             {"objectsGone", arrayOf(database.objectsGone, objectObject)},
             {"objectsNew", arrayOf(database.objectsNew, objectObject)},
             {"curves", arrayOf(database.curves, curveObject)},
-            {"otherInvalidCurves", QJsonArray::fromStringList(database.otherInvalidCurves)}};
+            {"otherInvalidCurves", textArray(database.otherInvalidCurves)}};
 }
 
 QJsonObject lineObject(const LogLine &line)
 {
-    return {{"text", line.text},
+    return {{"text", textValue(line.text)},
             {"milliseconds", valueOrNull(line.milliseconds)},
             {"warning", line.warning}};
 }
@@ -221,7 +241,7 @@ QString kindWord(Attention::Kind kind)
 QJsonObject attentionObject(const Attention &attention)
 {
     return {{"kind", kindWord(attention.kind)},
-            {"text", attention.text},
+            {"text", textValue(attention.text)},
             {"anchor", textOrNull(attention.anchor)}};
 }
 
@@ -234,9 +254,9 @@ QJsonObject recordObject(const Record &record)
             {"user", textOrNull(record.user)},
             {"program", textOrNull(record.program)},
             {"programSha256", bytesOrNull(record.programSha256)},
-            {"vardoVersion", record.vardoVersion},
-            {"qtVersion", record.qtVersion},
-            {"sqliteVersion", record.sqliteVersion}};
+            {"vardoVersion", textValue(record.vardoVersion)},
+            {"qtVersion", textValue(record.qtVersion)},
+            {"sqliteVersion", textValue(record.sqliteVersion)}};
 }
 
 } // namespace
@@ -246,7 +266,7 @@ QByteArray toJson(const Report &report)
     const QJsonObject object{{"format", format},
                              {"use", report.use == Use::Rehearsal ? "rehearsal" : "comparison"},
                              {"succeeded", succeeded(report)},
-                             {"verdict", verdict(report)},
+                             {"verdict", textValue(verdict(report))},
                              {"examplesOfPatients", report.examplesOfPatients},
                              {"exitCode", valueOrNull(report.exitCode)},
                              {"milliseconds", valueOrNull(report.milliseconds)},

@@ -85,7 +85,9 @@ QString percentText(double percent)
         return "more than 1,000 %";
     if (percent > 0.0 && percent < 0.001)
         return "less than 0.001 %";
-    return QString::number(percent, 'g', percent >= 100.0 ? 3 : 2) + " %";
+    if (percent >= 10.0)
+        return QString::number(percent, 'f', 0) + " %";
+    return QString::number(percent, 'g', 2) + " %";
 }
 
 QString tickLabel(double value, double step)
