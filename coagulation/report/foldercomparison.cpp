@@ -29,10 +29,9 @@ bool needsCopy(const QString &database)
 
 class FolderComparison {
 public:
-    FolderComparison(const CommandLine &commandLine, const QString &ownFolder,
-                     Progress &shownProgress)
-        : command(commandLine)
-        , folder(ownFolder)
+    FolderComparison(CommandLine commandLine, QString ownFolder, Progress &shownProgress)
+        : command(std::move(commandLine))
+        , folder(std::move(ownFolder))
         , progress(shownProgress)
     {
     }
@@ -139,7 +138,7 @@ private:
             return database;
         progress.step("Copying", QFileInfo(database).fileName());
         QDir(folder).mkpath(side);
-        const QString copy = folder + '/' + side + '/' + QFileInfo(database).fileName();
+        QString copy = folder + '/' + side + '/' + QFileInfo(database).fileName();
         const Snapshot snapshot =
             takeSnapshot(database, copy, [](qint64) { return !interrupted(); });
         if (snapshot.state == Snapshot::State::Unreadable) {

@@ -40,11 +40,8 @@ QString optionsFor(const QString &database)
 
 ReadLock::ReadLock(const QString &database)
     : connection("lock of " + database)
+    , reached(begin(database))
 {
-    QSqlDatabase opened = QSqlDatabase::addDatabase("QSQLITE", connection);
-    opened.setDatabaseName(QFileInfo(database).absoluteFilePath()); // not to be taken for a URI
-    opened.setConnectOptions(optionsFor(database));
-    reached = begin();
 }
 
 ReadLock::~ReadLock()
@@ -53,12 +50,15 @@ ReadLock::~ReadLock()
     QSqlDatabase::removeDatabase(connection);
 }
 
-ReadLock::State ReadLock::begin()
+ReadLock::State ReadLock::begin(const QString &database)
 {
-    QSqlDatabase database = QSqlDatabase::database(connection);
-    QSqlError error = database.lastError();
-    if (database.isOpen()) {
-        QSqlQuery query(database);
+    QSqlDatabase opened = QSqlDatabase::addDatabase("QSQLITE", connection);
+    opened.setDatabaseName(QFileInfo(database).absoluteFilePath()); // not to be taken for a URI
+    opened.setConnectOptions(optionsFor(database));
+    opened.open();
+    QSqlError error = opened.lastError();
+    if (opened.isOpen()) {
+        QSqlQuery query(opened);
         // This pragma reads the file, unlike "begin", but needs no schema that it understands.
         if (execute(query, "begin") && execute(query, "pragma schema_version"))
             return State::Held;

@@ -29,11 +29,11 @@ public:
     QString error() const { return text; } ///< SQLite's words
 
 private:
-    State begin();
+    State begin(const QString &database);
 
     QString connection;
-    State reached;
     QString text{};
+    State reached;
 };
 
 } // namespace coagulation::report

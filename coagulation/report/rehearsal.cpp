@@ -29,11 +29,10 @@ void playBackJournal(const QString &copy)
 /// has an error.
 class Rehearsal {
 public:
-    Rehearsal(const CommandLine &commandLine, QString program, const QString &ownFolder,
-              Progress &shownProgress)
-        : command(commandLine)
+    Rehearsal(CommandLine commandLine, QString program, QString ownFolder, Progress &shownProgress)
+        : command(std::move(commandLine))
         , vardo(std::move(program))
-        , folder(ownFolder)
+        , folder(std::move(ownFolder))
         , progress(shownProgress)
     {
     }

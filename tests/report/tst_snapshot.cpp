@@ -4,7 +4,6 @@
 #include "otherprogram.h"
 #include "testdatabase.h"
 
-#include "coagulation/report/filecopy.h"
 #include "coagulation/report/snapshot.h"
 
 #include <QCryptographicHash>
@@ -117,7 +116,6 @@ private slots:
     void copiesADatabase_data();
     void copiesADatabase();
     void tellsWhatItCopied();
-    void countsTheBytes();
     void copiesForTheUserAlone();
     void copiesBesideAnotherProgram_data();
     void copiesBesideAnotherProgram();
@@ -138,11 +136,6 @@ private slots:
     void leavesNoHalfCopyOnAFullDisk();
     void stopsWhenAskedTo();
     void overwritesNothing();
-    void makesASecondCopy();
-    void findsTheFilesOfADatabase();
-    void skipsTheLockedBytes_data();
-    void skipsTheLockedBytes();
-    void readsAllOfAFile();
 
 private:
     Snapshot take(const BytesRead &progress = countNothing) const
@@ -204,19 +197,6 @@ void TestSnapshot::tellsWhatItCopied()
     QCOMPARE(snapshot.files.at(0).bytes, QFileInfo(copy()).size());
     QCOMPARE(snapshot.files.at(1).path, QFileInfo(original()).absoluteFilePath() + "-wal");
     QCOMPARE(snapshot.files.at(1).bytes, QFileInfo(copy() + "-wal").size());
-}
-
-void TestSnapshot::countsTheBytes()
-{
-    makeDatabase("delete");
-    qint64 counted = 0;
-
-    take([&](qint64 bytes) {
-        counted += bytes;
-        return true;
-    });
-
-    QCOMPARE(counted, QFileInfo(original()).size());
 }
 
 void TestSnapshot::copiesForTheUserAlone()
@@ -555,75 +535,6 @@ void TestSnapshot::overwritesNothing()
 
     QCOMPARE(snapshot.state, Snapshot::State::NotWritten);
     QCOMPARE(bytesOfFile(copy()), QByteArray("precious"));
-}
-
-void TestSnapshot::makesASecondCopy()
-{
-    for (const char *ending : {"", "-journal", "-wal"})
-        write(original() + ending, QByteArray("content ") + ending);
-
-    QCOMPARE(copySnapshot(original(), copy(), countNothing), QString());
-
-    QCOMPARE(filesIn(copies->path()), filesIn(originals->path()));
-}
-
-void TestSnapshot::findsTheFilesOfADatabase()
-{
-    QCOMPARE(filesOf(original()), QStringList());
-    write(original() + "-wal", "log");
-    QCOMPARE(filesOf(original()), QStringList()); // it belongs to no database
-    write(original(), "database");
-
-    QCOMPARE(filesOf(original()), QStringList({original(), original() + "-wal"}));
-    QCOMPARE(bytesOf(original()), 11);
-}
-
-void TestSnapshot::skipsTheLockedBytes_data()
-{
-    QTest::addColumn<qint64>("position");
-    QTest::addColumn<qint64>("size");
-    QTest::addColumn<bool>("lockedBytesAreReadable");
-    QTest::addColumn<qint64>("bytes");
-    QTest::addColumn<bool>("readable");
-
-    constexpr qint64 gibi = 0x40000000;
-    constexpr qint64 mebi = 0x100000;
-    QTest::newRow("small file") << qint64(0) << qint64(10) << false << qint64(10) << true;
-    QTest::newRow("end") << qint64(10) << qint64(10) << false << qint64(0) << true;
-    QTest::newRow("up to the bytes") << gibi - mebi << 2 * gibi << false << mebi << true;
-    QTest::newRow("shortly before") << gibi - 100 << 2 * gibi << false << qint64(100) << true;
-    QTest::newRow("at them") << gibi << 2 * gibi << false << qint64(512) << false;
-    QTest::newRow("among them") << gibi + 500 << 2 * gibi << false << qint64(12) << false;
-    QTest::newRow("file that ends among them")
-        << gibi << gibi + 100 << false << qint64(100) << false;
-    QTest::newRow("file that ends before them") << gibi - 7 << gibi << false << qint64(7) << true;
-    QTest::newRow("behind them") << gibi + 512 << 2 * gibi << false << mebi << true;
-    QTest::newRow("other systems") << gibi - 100 << 2 * gibi << true << mebi << true;
-}
-
-void TestSnapshot::skipsTheLockedBytes()
-{
-    QFETCH(qint64, position);
-    QFETCH(qint64, size);
-    QFETCH(bool, lockedBytesAreReadable);
-    QFETCH(qint64, bytes);
-    QFETCH(bool, readable);
-
-    const Piece piece = nextPiece(position, size, lockedBytesAreReadable);
-
-    QCOMPARE(piece.bytes, bytes);
-    QCOMPARE(piece.readable, readable);
-}
-
-void TestSnapshot::readsAllOfAFile()
-{
-    const QByteArray bytes = QByteArray("0123456789").repeated(300'000); // of three pieces
-    write(original(), bytes);
-    QFile file(original());
-    QVERIFY(file.open(QIODevice::ReadOnly));
-
-    QCOMPARE(digestOf(file, countNothing),
-             QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
 QTEST_GUILESS_MAIN(TestSnapshot)
