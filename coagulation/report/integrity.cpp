@@ -14,7 +14,7 @@ namespace {
 QString check(const QString &path, const QString &name)
 {
     DatabasePair database(name);
-    if (const QString problem = database.openBefore(path); !problem.isEmpty())
+    if (QString problem = database.openBefore(path); !problem.isEmpty())
         return problem;
     Questions questions(database.connection());
     QString finding;

@@ -78,7 +78,7 @@ QString Literals::textLiteral(const QByteArray &bytes, qint64 size) const
     QStringDecoder decode(encoding, QStringConverter::Flag::ConvertInitialBom);
     const QString text = decode(bytes);
     const QString shown = beginning(text);
-    const QString literal = '\'' + QString(shown).replace('\'', "''") + '\'';
+    QString literal = '\'' + QString(shown).replace('\'', "''") + '\'';
     const bool complete = shown.size() == text.size() && std::abs(size) <= bytes.size();
     if (complete)
         return literal;

@@ -323,8 +323,15 @@ void TableComparison::readExamples()
         facts.addedRows = readRows(questions, context.literals, pair.after, "a", key,
                                    {condition, std::min(facts.added, mostExamples)});
     }
-    if (facts.renamed > 0)
-        facts.renamedRows = readRenamedRows(questions, context.literals, pair, twins(), mostLost());
+    if (!pair.newNames.isEmpty())
+        facts.renamedRows = readRenamedRows(
+            questions, context.literals, pair,
+            QString("%1 where b.%2 <> a.%3")
+                .arg(pair.joined(), pair.key.first().before, pair.key.first().after),
+            mostLost());
+    if (facts.renamed > pair.newNames.size())
+        facts.renamedRows +=
+            readRenamedRows(questions, context.literals, pair, twins(), mostLost());
     if (facts.changed > 0)
         facts.changedRows = readChangedRows(questions, context.literals, pair, changedColumns,
                                             std::min(facts.changed, mostLost()));

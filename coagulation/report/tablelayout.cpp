@@ -227,8 +227,7 @@ QString TablePair::renamed(const QString &expression, bool toNew) const
 QString differs(const CommonColumn &column)
 {
     // Without a collation of its own, a comparison takes that of the column, which may not see a change.
-    const QString values =
-        QString("b.%1 is not a.%2 collate binary").arg(column.before, column.after);
+    QString values = QString("b.%1 is not a.%2 collate binary").arg(column.before, column.after);
     if (column.sameType) // the types take a third of the time
         return values;
     return QString("(%1 or typeof(b.%2) <> typeof(a.%3))").arg(values, column.before, column.after);
@@ -238,12 +237,19 @@ QString differsInAny(const QList<CommonColumn> &columns)
 {
     if (columns.isEmpty())
         return "0";
-    if (columns.size() == 1)
-        return differs(columns.first());
-    // In halves, since SQLite limits the depth of an expression.
-    const qsizetype half = columns.size() / 2;
-    return QString("(%1 or %2)")
-        .arg(differsInAny(columns.first(half)), differsInAny(columns.sliced(half)));
+    // In pairs, pairs of pairs and so on, since SQLite limits the depth of an expression.
+    QStringList conditions;
+    for (const CommonColumn &column : columns)
+        conditions << differs(column);
+    while (conditions.size() > 1) {
+        QStringList halves;
+        for (qsizetype i = 0; i + 1 < conditions.size(); i += 2)
+            halves << '(' + conditions.at(i) + " or " + conditions.at(i + 1) + ')';
+        if (conditions.size() % 2 == 1)
+            halves << conditions.last();
+        conditions = halves;
+    }
+    return conditions.first();
 }
 
 TablePair pairOf(Questions &questions, const TableLayout &before, const TableLayout &after)

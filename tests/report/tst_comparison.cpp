@@ -7,6 +7,8 @@
 
 #include <QTest>
 
+#include <utility>
+
 using namespace coagulation::report;
 
 class TestComparison : public QObject {
@@ -15,6 +17,8 @@ class TestComparison : public QObject {
 private slots:
     void rowsMeet_data();
     void rowsMeet();
+    void settingsMeetByTheirNewNames_data();
+    void settingsMeetByTheirNewNames();
     void countsColumnsAndOverwrittenValues();
     void tellsColumns();
     void tellsObjects();
@@ -185,6 +189,65 @@ void TestComparison::rowsMeet()
     QFETCH(QStringList, expected);
 
     QCOMPARE(differencesOf(before, after), expected);
+}
+
+void TestComparison::settingsMeetByTheirNewNames_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<QStringList>("expected");
+
+    const QList<std::pair<QString, QString>> names{
+        {"program/PT/volume", "program/PT/dilution/volume"},
+        {"program/PT/diluent", "program/PT/dilution/name"},
+        {"program/PT/name2", "program/PT/r2/name"},
+        {"program/PT/reagent3", "program/PT/r3/volume"},
+        {"PT/mix/times", "program/PT/r3/mix/times"},
+        {"print/{00000000-0000-0000-0000-000000000000}/copies", "print/wb1/copies"},
+    };
+    for (const auto &[before, after] : names)
+        QTest::newRow(qUtf8Printable(before))
+            << QString("('%1', 2), ('x', 1)").arg(before)
+            << QString("('y', 7), ('%1', 3), ('x', 1)").arg(after)
+            << QStringList{
+                   "profile: added 1",
+                   "  name = 'y' | name = 'y', value = 7",
+                   "profile: renamed 1",
+                   QString("  name = '%1' -> name = '%2' | value = 3").arg(before, after),
+                   "profile: changed 1",
+                   QString("  name = '%1', now name = '%2' | value: 2 -> 3").arg(before, after)};
+    QTest::newRow("the same value")
+        << "('program/PT/volume', 2)"
+        << "('program/PT/dilution/volume', 2)"
+        << QStringList{
+               "profile: renamed 1",
+               "  name = 'program/PT/volume' -> name = 'program/PT/dilution/volume' | value = 2"};
+    QTest::newRow("no new name")
+        << "('program/PT/name4', 2)"
+        << "('x', 1), ('program/PT/r4/name', 3)"
+        << QStringList{"profile: added 2",
+                       "  name = 'program/PT/r4/name' | name = 'program/PT/r4/name', value = 3",
+                       "  name = 'x' | name = 'x', value = 1", "profile: removed 1",
+                       "  name = 'program/PT/name4' | name = 'program/PT/name4', value = 2"};
+    QTest::newRow("the new name was there before")
+        << "('program/PT/volume', 2), ('program/PT/dilution/volume', 3)"
+        << "('program/PT/dilution/volume', 3)"
+        << QStringList{"profile: removed 1",
+                       "  name = 'program/PT/volume' | name = 'program/PT/volume', value = 2"};
+}
+
+void TestComparison::settingsMeetByTheirNewNames()
+{
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+    QFETCH(QStringList, expected);
+    const QString settings = "create table profile(name text primary key, value)";
+    const TestDatabase databaseBefore;
+    databaseBefore.execute({settings, "insert into profile values" + before});
+    const TestDatabase databaseAfter;
+    databaseAfter.execute({settings, "insert into profile values" + after});
+
+    QCOMPARE(differences(compared(databaseBefore, databaseAfter, "profile")), expected);
 }
 
 void TestComparison::countsColumnsAndOverwrittenValues()
