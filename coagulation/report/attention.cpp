@@ -58,15 +58,19 @@ QString firstOf(QStringList words, qint64 all)
     return words.join(", ") + " and " + last;
 }
 
-/// \return the keys, with the names that people know the rows by: "id = 6 ('Buffer')"
+/// \return a key with the name that people know the row by: "id = 6 ('Buffer')"
+QString withName(const QString &key, const QString &name)
+{
+    return name.isEmpty() || key.startsWith("name = ") ? key : key + " (" + name + ')';
+}
+
 QStringList keysOf(const QList<RowFacts> &rows)
 {
     QStringList keys;
     for (const RowFacts &row : rows) {
         const auto name = std::find_if(row.cells.begin(), row.cells.end(),
                                        [](const Cell &cell) { return cell.column == "name"; });
-        const bool inKey = row.key.startsWith("name = ");
-        keys << (name == row.cells.end() || inKey ? row.key : row.key + " (" + name->value + ')');
+        keys << withName(row.key, name == row.cells.end() ? QString() : name->value);
     }
     return keys;
 }
@@ -76,6 +80,20 @@ QStringList quotedNames(QStringList names)
     for (QString &name : names)
         name = QString("‘%1’").arg(name);
     return names;
+}
+
+/// \return the first values of these columns that were overwritten
+QList<OverwrittenValue> overwrittenIn(const TableFacts &table, const QStringList &columns)
+{
+    QList<OverwrittenValue> values;
+    for (const ChangedRow &row : table.changedRows) {
+        for (const ChangedCell &cell : row.cells) {
+            if (values.size() < mostOfAKind && cell.overwritten && columns.contains(cell.column))
+                values << OverwrittenValue{withName(row.key, row.name), cell.column, cell.before,
+                                           cell.after};
+        }
+    }
+    return values;
 }
 
 /// Collects what needs attention in a database.
@@ -202,20 +220,29 @@ void Finder::addOverwritten(const TableFacts &table, const QString &anchor)
 {
     if (table.name.compare("version", Qt::CaseInsensitive) == 0)
         return;
+    QStringList columns;
+    QStringList counts;
+    qint64 all = 0;
     for (const ColumnChanges &changes : table.changedColumns) {
         const bool elsewhere =
             (database.name == "profile" && belongsToCurves(table.name, changes.column))
             || isReagentIdentifier(database, table, changes.column);
         if (changes.overwritten == 0 || elsewhere)
             continue;
-        add(Kind::Overwritten,
-            QString("In %1, %2 of %3 %4 replaced.")
-                .arg(table.name,
-                     changes.overwritten == 1 ? "1 value"
-                                              : countText(changes.overwritten) + " values",
-                     changes.column, changes.overwritten == 1 ? "was" : "were"),
-            anchor);
+        columns << changes.column;
+        counts << countText(changes.overwritten) + " of " + changes.column;
+        all += changes.overwritten;
     }
+    if (columns.isEmpty())
+        return;
+    const bool one = columns.size() == 1;
+    const QString text =
+        QString("In %1, %2%3 %4 replaced%5.")
+            .arg(table.name, countText(all, "value", "values"),
+                 one ? " of " + columns.first() : QString(), all == 1 ? "was" : "were",
+                 one ? QString() : ": " + counts.join(", "));
+    const QList<OverwrittenValue> values = overwrittenIn(table, columns);
+    attention << Attention{Kind::Overwritten, text, anchor, values, all - values.size()};
 }
 
 void Finder::addReagentIdentifiers(const TableFacts &table, const QString &anchor)

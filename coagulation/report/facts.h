@@ -28,7 +28,7 @@ struct Cell {
 
 /// A row that is on one side only, or that has another key now.
 struct RowFacts {
-    QString key; ///< "id = 3", "name = 'PT'", "rowid = 7"
+    QString key;      ///< "id = 3", "name = 'PT'", "rowid = 7"
     QString newKey{}; ///< of a row that has another one after the upgrade; else empty
     QList<Cell> cells{};
 };
@@ -45,7 +45,9 @@ struct ChangedCell {
 struct ChangedRow {
     QString key;
     QList<ChangedCell> cells;
-    QString name{}; ///< the value of the column "name" after the upgrade, if there is one beside the key; else empty
+    /// By what people know the row: its value of the column "abbr" or "name" after the upgrade, if the key has none
+    /// of them; else empty.
+    QString name{};
 };
 
 /// How many rows have another value in a column.
@@ -67,11 +69,11 @@ struct TableFacts {
     qint64 renamed = 0; ///< rows that have another key; neither added nor removed
     qint64 changed = 0; ///< rows
     QList<ColumnChanges> changedColumns{};
-    QList<RowFacts> addedRows{};      ///< examples
-    QList<RowFacts> removedRows{};    ///< examples
-    QList<RowFacts> renamedRows{};    ///< examples
-    QList<ChangedRow> changedRows{};  ///< all, or examples
-    QString problem{}; ///< why the rows were not compared; empty if they were
+    QList<RowFacts> addedRows{};     ///< examples
+    QList<RowFacts> removedRows{};   ///< examples
+    QList<RowFacts> renamedRows{};   ///< examples
+    QList<ChangedRow> changedRows{}; ///< all, or examples
+    QString problem{};               ///< why the rows were not compared; empty if they were
 };
 
 /// An index, trigger, view or table.
@@ -90,8 +92,8 @@ struct StepFacts {
 };
 
 struct PointFacts {
-    double x = 0.0;                 ///< in the curve's x unit
-    double y = 0.0;                 ///< in the curve's y unit
+    double x = 0.0;                  ///< in the curve's x unit
+    double y = 0.0;                  ///< in the curve's y unit
     std::optional<double> zBefore{}; ///< the curve's y at x, as stored before
     std::optional<double> zAfter{};
     bool excluded = false;
@@ -112,7 +114,7 @@ struct CurveFacts {
     QString name;
     QString xUnit;
     QString yUnit;
-    std::optional<int> method{}; ///< the calibration's: 0 linear, 4 four-parameter logistic
+    std::optional<int> method{};    ///< the calibration's: 0 linear, 4 four-parameter logistic
     std::optional<int> xFunction{}; ///< of the fit: 0 linear, 1 logarithm
     std::optional<int> yFunction{};
     bool logarithmicX = false; ///< of the axes that the calibration displays
@@ -127,46 +129,59 @@ struct CurveFacts {
 
 /// One of the four databases.
 struct DatabaseFacts {
-    QString name; ///< "profile", "data", "qc" or "syslog"
+    QString name;          ///< "profile", "data", "qc" or "syslog"
     int newestVersion = 0; ///< that this program knows
-    QList<FileFacts> filesBefore{}; ///< the database and what SQLite keeps beside it; none: there was none
+    QList<FileFacts>
+        filesBefore{}; ///< the database and what SQLite keeps beside it; none: there was none
     QList<FileFacts> filesAfter{};
     std::optional<int> versionBefore{}; ///< none: none is stored
     std::optional<int> versionAfter{};
-    QList<StepFacts> steps{}; ///< of the log
+    QList<StepFacts> steps{};             ///< of the log
     std::optional<qint64> milliseconds{}; ///< of the upgrade
-    QString integrityBefore{}; ///< SQLite's first finding; "ok" if there is none; empty if it was not asked
+    QString
+        integrityBefore{}; ///< SQLite's first finding; "ok" if there is none; empty if it was not asked
     QString integrityAfter{};
     QString problem{}; ///< why it was not rehearsed or compared, a sentence; empty if it was
     QList<TableFacts> tables{};
     QList<ObjectFacts> objectsGone{}; ///< indexes, triggers, views; tables stand among the tables
     QList<ObjectFacts> objectsNew{};
     QList<CurveFacts> curves{};
-    QStringList otherInvalidCurves{}; ///< names of curves that are not valid and were not fitted once more
+    QStringList
+        otherInvalidCurves{}; ///< names of curves that are not valid and were not fitted once more
 };
 
 struct LogLine {
-    QString text; ///< without what the log puts at its end
+    QString text;                         ///< without what the log puts at its end
     std::optional<qint64> milliseconds{}; ///< since the start of the run, when it was read
     bool warning = false;
+};
+
+/// A value that is not there any more.
+struct OverwrittenValue {
+    QString key; ///< of its row, with the name that people know the row by
+    QString column;
+    QString before; ///< a literal
+    QString after;  ///< a literal
 };
 
 /// What a person must look at, with the place of the report that has the details.
 struct Attention {
     enum class Kind {
-        Failure,       ///< of the upgrade, or of a database that could not be read
+        Failure, ///< of the upgrade, or of a database that could not be read
         InvalidCurve,
         RefittedCurve,
-        LostRows,      ///< a table …_unmoved, or rows that are not there any more
-        GoneObject,    ///< a column, index, trigger, view or table
-        Overwritten,   ///< values
+        LostRows,    ///< a table …_unmoved, or rows that are not there any more
+        GoneObject,  ///< a column, index, trigger, view or table
+        Overwritten, ///< values
         ReagentIdentifier,
         LoweredVersion,
-        Warning,       ///< of the log
+        Warning, ///< of the log
     };
     Kind kind;
-    QString text;   ///< a sentence
-    QString anchor; ///< the identifier of the place in the page
+    QString text;                     ///< a sentence
+    QString anchor;                   ///< the identifier of the place in the page
+    QList<OverwrittenValue> values{}; ///< of Overwritten, the first ones
+    qint64 moreValues = 0;            ///< that are not among them
 };
 
 struct Record {

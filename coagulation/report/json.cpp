@@ -238,11 +238,21 @@ QString kindWord(Attention::Kind kind)
     Q_UNREACHABLE();
 }
 
+QJsonObject overwrittenObject(const OverwrittenValue &value)
+{
+    return {{"key", textValue(value.key)},
+            {"column", textValue(value.column)},
+            {"before", textValue(value.before)},
+            {"after", textValue(value.after)}};
+}
+
 QJsonObject attentionObject(const Attention &attention)
 {
     return {{"kind", kindWord(attention.kind)},
             {"text", textValue(attention.text)},
-            {"anchor", textOrNull(attention.anchor)}};
+            {"anchor", textOrNull(attention.anchor)},
+            {"values", arrayOf(attention.values, overwrittenObject)},
+            {"moreValues", attention.moreValues}};
 }
 
 QJsonObject recordObject(const Record &record)

@@ -32,7 +32,8 @@ Table::Table(PageWriter &page, const QString &caption, std::initializer_list<Hea
 
 Table::Heads::Heads(PageWriter &page, const QString &caption, std::initializer_list<Head> heads)
 {
-    page.foreignElement("caption", caption);
+    if (!caption.isEmpty())
+        page.foreignElement("caption", caption);
     const Element head(page, "thead");
     const Element row(page, "tr");
     for (const Head &column : heads)

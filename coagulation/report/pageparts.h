@@ -36,6 +36,7 @@ public:
         QString kind{}; ///< class of the style sheet, such as "number"
     };
 
+    /// \param caption may be empty
     Table(PageWriter &page, const QString &caption, std::initializer_list<Head> heads,
           const QString &kind = {});
 

@@ -170,6 +170,23 @@ QString headingOf(Attention::Kind kind)
 
 using Points = QList<Attention>;
 
+/// The values that a point is about, and how many there are beyond.
+void writeValues(PageWriter &page, const Attention &point)
+{
+    {
+        const Table table(page, {}, {{"Row"}, {"Column"}, {"Before"}, {"After"}}, "values");
+        for (const OverwrittenValue &value : point.values) {
+            const Element row(page, "tr");
+            page.foreignElement("th", value.key, {{"scope", "row"}, {"class", "name literal"}});
+            page.foreignElement("td", value.column, {{"class", "name"}});
+            page.foreignElement("td", value.before, {{"class", "literal values"}});
+            page.foreignElement("td", value.after, {{"class", "literal values"}});
+        }
+    }
+    if (point.moreValues > 0)
+        page.element("p", "And " + countText(point.moreValues, "more value", "more values") + ".");
+}
+
 void writePoints(PageWriter &page, const Points &points)
 {
     const Element list(page, "ul");
@@ -179,6 +196,8 @@ void writePoints(PageWriter &page, const Points &points)
             page.foreign(point.text);
         else
             page.foreignElement("a", point.text, {{"href", "#" + point.anchor}});
+        if (!point.values.isEmpty())
+            writeValues(page, point);
     }
 }
 

@@ -11,7 +11,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QStorageInfo>
 
 namespace coagulation::report {
 
@@ -90,8 +89,7 @@ private:
         QStringList originals;
         for (const DatabaseFacts &facts : outcome.report.databases)
             originals << original(facts.name);
-        const qint64 free = QStorageInfo(folder).bytesAvailable();
-        outcome.error = lackOfSpace(spaceNeededFor(originals), free, folder);
+        outcome.error = lackOfSpace(spaceNeededFor(originals), freeSpaceIn(folder), folder);
         return outcome.error.isEmpty();
     }
 

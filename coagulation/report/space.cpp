@@ -3,9 +3,12 @@
 
 #include "coagulation/report/snapshot.h"
 
+#include <QFileInfo>
 #include <QLocale>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace coagulation::report {
 
@@ -38,15 +41,25 @@ SpaceNeeded spaceNeededFor(const QStringList &databases)
     return {2 * all, all * 4 / 5 + largest * 3 / 2};
 }
 
-QString lackOfSpace(const SpaceNeeded &needed, qint64 free, const QString &folder)
+std::optional<qint64> freeSpaceIn(const QString &folder)
+{
+    // Not QStorageInfo, which finds no disk where the system's list of mounts cannot be read.
+    std::error_code error;
+    const auto space = std::filesystem::space(QFileInfo(folder).filesystemFilePath(), error);
+    if (error)
+        return std::nullopt;
+    return static_cast<qint64>(space.available);
+}
+
+QString lackOfSpace(const SpaceNeeded &needed, std::optional<qint64> free, const QString &folder)
 {
     const qint64 sum = needed.copies + needed.upgrade;
-    if (free >= sum)
+    if (!free || *free >= sum)
         return {};
     return QString(
                "The rehearsal needs %1, of which %2 for the copies and %3 for the upgrade; %4 are free in %5."
                " The variable %6 and the option --keep choose a folder on another disk.")
-        .arg(size(sum), size(needed.copies), size(needed.upgrade), size(free), folder,
+        .arg(size(sum), size(needed.copies), size(needed.upgrade), size(*free), folder,
              temporaryFolder);
 }
 

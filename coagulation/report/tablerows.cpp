@@ -75,6 +75,18 @@ KeyNames keyOf(const TablePair &pair)
     return key;
 }
 
+/// \return the column by which people know a row; empty if there is none beside the key
+QString nameColumn(const TablePair &pair, const KeyNames &key)
+{
+    for (const char *name : {"abbr", "name"}) {
+        if (key.names.contains(name, Qt::CaseInsensitive))
+            return {};
+        if (pair.after.column(name) != nullptr)
+            return name;
+    }
+    return {};
+}
+
 qsizetype lettersOf(const QList<Cell> &cells)
 {
     qsizetype letters = 0;
@@ -175,10 +187,9 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
 {
     const KeyNames key = keyOf(pair);
     const QList<CommonColumn> some = columns.first(std::min(columns.size(), mostColumns));
-    const bool hasName =
-        pair.after.column("name") != nullptr && !key.names.contains("name", Qt::CaseInsensitive);
-    QStringList terms =
-        termsOf(key.before) + termsOf(key.after) + termsOf({hasName ? "a.name" : "null"});
+    const QString name = nameColumn(pair, key);
+    QStringList terms = termsOf(key.before) + termsOf(key.after)
+        + termsOf({name.isEmpty() ? QString("null") : "a." + name});
     for (const CommonColumn &column : some)
         terms << differs(column) << isOverwritten(column)
               << literalTerms(shown(column.name, "b." + column.before))
@@ -195,7 +206,7 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
         if (!pair.newNames.isEmpty() && newKey != changed.key)
             changed.key += ", now " + newKey;
         int term = 2 * keyTerms;
-        if (hasName)
+        if (!name.isEmpty())
             changed.name = literals.read(row, term);
         term += literalTermCount;
         for (const CommonColumn &column : some) {
