@@ -2,6 +2,7 @@
 #include "coagulation/report/digests.h"
 
 #include "coagulation/report/filecopy.h"
+#include "coagulation/report/interruption.h"
 
 #include <QFile>
 #include <QThread>
@@ -34,7 +35,8 @@ void Digests::compute()
 {
     for (const std::unique_ptr<QFile> &file : files) {
         if (file->isOpen())
-            digests[file->fileName()] = digestOf(*file, [this](qint64) { return !stopped; });
+            digests[file->fileName()] =
+                digestOf(*file, [this](qint64) { return !stopped && !interrupted(); });
     }
 }
 

@@ -26,7 +26,7 @@ public:
     ~Digests();
     Q_DISABLE_COPY_MOVE(Digests)
 
-    /// Waits for the end.
+    /// Waits for the end, or for the user's wish to stop.
     /// \return SHA-256 in hexadecimal digits for each path; empty for a file that cannot be read
     QHash<QString, QByteArray> result();
 

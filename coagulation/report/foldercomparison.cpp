@@ -117,7 +117,7 @@ private:
             setDigests(facts.filesBefore, values);
             setDigests(facts.filesAfter, values);
         }
-        return true;
+        return !interrupted() || fail("Stopped.");
     }
 
     bool compareOne(DatabaseFacts &facts)
