@@ -106,7 +106,8 @@ bool Laboratory::removeTemporaryFiles() const
 
 QJsonObject databaseIn(const QJsonObject &facts, const QString &name)
 {
-    for (const QJsonValue &database : facts.value("databases").toArray()) {
+    const QJsonArray databases = facts.value("databases").toArray();
+    for (const QJsonValue &database : databases) {
         if (database["name"] == name)
             return database.toObject();
     }
