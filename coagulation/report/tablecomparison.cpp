@@ -5,11 +5,11 @@
 #include "coagulation/report/settingnames.h"
 #include "coagulation/report/tablerows.h"
 
+#include <QSet>
 #include <QSqlQuery>
 #include <QVariant>
 
 #include <algorithm>
-#include <iterator>
 
 namespace coagulation::report {
 
@@ -147,20 +147,23 @@ void TableComparison::findRenamedSettings()
                       .arg(pair.key.first().before, pair.before.quotedName(), pair.onlyBefore()),
                   {}, [&names](const QSqlQuery &row) {
                       const QString name = row.value(0).toString();
-                      if (const QString newName = newSettingName(name); newName != name)
+                      const QString newName = newSettingName(name);
+                      if (newName != name
+                          && !name.contains(QChar(0))) // which no statement can name
                           names.insert(name, newName);
                       return true;
                   });
     const QString isNew =
         QString("select count(*) from %1 as a where a.%2 = ? and %3")
             .arg(pair.after.quotedName(), pair.key.first().after, pair.onlyAfter());
-    for (auto name = names.begin(); name != names.end();) {
-        const bool found = questions.value(isNew, {name.value()}).toInt() == 1
-            && names.keys(name.value()).size() == 1;
-        name = found ? std::next(name) : names.erase(name);
+    QSet<QString> taken; // two old names may give the same new one
+    for (auto name = names.cbegin(); name != names.cend(); ++name) {
+        if (taken.contains(name.value()) || questions.value(isNew, {name.value()}).toInt() != 1)
+            continue;
+        taken << name.value();
+        pair.newNames.insert(name.key(), name.value());
     }
-    pair.newNames = names;
-    if (!names.isEmpty()) // otherwise each of them would be a change
+    if (!pair.newNames.isEmpty()) // otherwise each of them would be a change
         pair.columns.removeIf([this](const CommonColumn &column) {
             return column.before == pair.key.first().before;
         });

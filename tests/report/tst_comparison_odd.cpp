@@ -197,7 +197,7 @@ void TestComparisonOdd::takesNamesAsTheyAre()
 {
     QFETCH(QString, name);
     const QString quotedName = coagulation::quoted(name);
-    for (const QString key : {"integer primary key", "text primary key", "text"}) {
+    for (const char *key : {"integer primary key", "text primary key", "text"}) {
         const QString odd = QString("create table %1(%1 %2, x)").arg(quotedName, key);
         const TestDatabase before;
         before.execute({odd, QString("insert into %1 values(1, 'a'), (2, 'b')").arg(quotedName)});

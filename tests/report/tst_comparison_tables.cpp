@@ -10,7 +10,7 @@ using namespace coagulation::report;
 
 namespace {
 
-/// A row that fits into a table of any layout.
+/// A row that fits into an empty table of any layout.
 struct OwnRow {
     QString insert;
     QString remove;
@@ -72,9 +72,7 @@ OwnRow ownRow(const TestDatabase &database, const QString &table)
     row.remove = QString("delete from %1 where %2").arg(table, condition);
     row.change = QString("update %1 set %2 = %3 where %4")
                      .arg(table, names.last(), literalOf(last.type, true), condition);
-    row.key = key.isEmpty() ? "rowid = "
-            + database.rows(QString("select ifnull(max(rowid), 0) + 1 from %1").arg(table)).first()
-                            : key;
+    row.key = key.isEmpty() ? "rowid = 1" : key;
     row.cells = cells.join(", ");
     row.changed = QString("%1: %2 -> %3")
                       .arg(last.name, literalOf(last.type, false), literalOf(last.type, true));
