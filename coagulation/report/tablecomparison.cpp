@@ -42,7 +42,11 @@ private:
     QString twins() const;
     void countRenamed();
     void countChangedColumns();
+    bool hasTwins() const { return facts.renamed > pair.newNames.size(); }
+    QString isRemoved() const;
+    QString isAdded() const;
     void readExamples();
+    void readRenamedExamples();
     QString contentsOnOneSide(bool before) const;
     qint64 mostLost() const { return context.options.allChangedRows ? mostRows : mostExamples; }
 
@@ -302,6 +306,26 @@ QString TableComparison::contentsOnOneSide(bool before) const
              before ? "before" : "after", contents(), before ? "<" : ">");
 }
 
+/// \return the condition for the rows before that are not there any more
+QString TableComparison::isRemoved() const
+{
+    const QString alone = meetsByContent ? contentsOnOneSide(true) : pair.onlyBefore();
+    if (!hasTwins())
+        return alone;
+    return QString("%1 and b.%2 not in (select b.%2 from %3)")
+        .arg(alone, pair.rowid->before, twins());
+}
+
+/// \return the condition for the rows after that were not there before
+QString TableComparison::isAdded() const
+{
+    const QString alone = meetsByContent ? contentsOnOneSide(false) : pair.onlyAfter();
+    if (!hasTwins())
+        return alone;
+    return QString("%1 and a.%2 not in (select a.%2 from %3)")
+        .arg(alone, pair.rowid->after, twins());
+}
+
 void TableComparison::readExamples()
 {
     const bool canFindRows = !pair.key.isEmpty() && !(meetsByContent && !pair.rowid);
@@ -310,34 +334,29 @@ void TableComparison::readExamples()
     QStringList key;
     for (const CommonColumn &column : pair.key)
         key << column.name;
-    const QString renamedBefore = QString("b.%1 not in (select b.%1 from %2)");
-    const QString renamedAfter = QString("a.%1 not in (select a.%1 from %2)");
-    if (facts.removed > 0) {
-        QString condition = meetsByContent ? contentsOnOneSide(true) : pair.onlyBefore();
-        if (facts.renamed > pair.newNames.size())
-            condition += " and " + renamedBefore.arg(pair.rowid->before, twins());
+    if (facts.removed > 0)
         facts.removedRows = readRows(questions, context.literals, pair.before, "b", key,
-                                     {condition, std::min(facts.removed, mostLost())});
-    }
-    if (facts.added > 0) {
-        QString condition = meetsByContent ? contentsOnOneSide(false) : pair.onlyAfter();
-        if (facts.renamed > pair.newNames.size())
-            condition += " and " + renamedAfter.arg(pair.rowid->after, twins());
+                                     {isRemoved(), std::min(facts.removed, mostLost())});
+    if (facts.added > 0)
         facts.addedRows = readRows(questions, context.literals, pair.after, "a", key,
-                                   {condition, std::min(facts.added, mostExamples)});
-    }
+                                   {isAdded(), std::min(facts.added, mostExamples)});
+    readRenamedExamples();
+    if (facts.changed > 0)
+        facts.changedRows = readChangedRows(questions, context.literals, pair, changedColumns,
+                                            std::min(facts.changed, mostLost()));
+}
+
+void TableComparison::readRenamedExamples()
+{
     if (!pair.newNames.isEmpty())
         facts.renamedRows = readRenamedRows(
             questions, context.literals, pair,
             QString("%1 where b.%2 <> a.%3")
                 .arg(pair.joined(), pair.key.first().before, pair.key.first().after),
             mostLost());
-    if (facts.renamed > pair.newNames.size())
+    if (hasTwins())
         facts.renamedRows +=
             readRenamedRows(questions, context.literals, pair, twins(), mostLost());
-    if (facts.changed > 0)
-        facts.changedRows = readChangedRows(questions, context.literals, pair, changedColumns,
-                                            std::min(facts.changed, mostLost()));
 }
 
 } // namespace
