@@ -309,7 +309,7 @@ QString TableComparison::contentsOnOneSide(bool before) const
 /// \return the condition for the rows before that are not there any more
 QString TableComparison::isRemoved() const
 {
-    const QString alone = meetsByContent ? contentsOnOneSide(true) : pair.onlyBefore();
+    QString alone = meetsByContent ? contentsOnOneSide(true) : pair.onlyBefore();
     if (!hasTwins())
         return alone;
     return QString("%1 and b.%2 not in (select b.%2 from %3)")
@@ -319,7 +319,7 @@ QString TableComparison::isRemoved() const
 /// \return the condition for the rows after that were not there before
 QString TableComparison::isAdded() const
 {
-    const QString alone = meetsByContent ? contentsOnOneSide(false) : pair.onlyAfter();
+    QString alone = meetsByContent ? contentsOnOneSide(false) : pair.onlyAfter();
     if (!hasTwins())
         return alone;
     return QString("%1 and a.%2 not in (select a.%2 from %3)")

@@ -54,7 +54,8 @@ QByteArray withDamagedPage(const TestDatabase &database)
                       " where i < 2000) select i, printf('%0100d', i) from n",
                       "create table u(id integer primary key, x)", "insert into u values(1, 'a')"});
     QByteArray bytes = database.bytes();
-    bytes.replace(10 * 4096, 4096, QByteArray(4096, '\x55'));
+    constexpr qsizetype page = 4096;
+    bytes.replace(10 * page, page, QByteArray(page, '\x55'));
     return bytes;
 }
 
