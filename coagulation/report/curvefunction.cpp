@@ -9,6 +9,8 @@ namespace coagulation::report {
 
 namespace {
 
+constexpr int unknown = -1;
+
 constexpr int linearMethod = 0;
 constexpr int logisticMethod = 4;
 
@@ -17,7 +19,7 @@ constexpr int logarithm = 1;
 
 constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
 
-bool isKnown(const std::optional<int> &function)
+bool isKnown(int function)
 {
     return function == linearFunction || function == logarithm;
 }
@@ -79,13 +81,15 @@ std::optional<CurveFunction> logisticOf(const CurveState &state, int xFunction, 
 
 std::optional<CurveFunction> functionOf(const CurveFacts &curve, const CurveState &state)
 {
-    if (!curve.method || !isKnown(curve.xFunction) || !isKnown(curve.yFunction))
+    const int xFunction = curve.xFunction.value_or(unknown);
+    const int yFunction = curve.yFunction.value_or(unknown);
+    if (!isKnown(xFunction) || !isKnown(yFunction))
         return std::nullopt;
-    switch (*curve.method) {
+    switch (curve.method.value_or(unknown)) {
     case linearMethod:
-        return lineOf(state, *curve.xFunction, *curve.yFunction);
+        return lineOf(state, xFunction, yFunction);
     case logisticMethod:
-        return logisticOf(state, *curve.xFunction, *curve.yFunction);
+        return logisticOf(state, xFunction, yFunction);
     default:
         return std::nullopt;
     }

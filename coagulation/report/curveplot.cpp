@@ -339,12 +339,14 @@ void Picture::writeLegend()
         mark(plain, x, y);
         entry("outlier");
     }
-    for (const QString kind : {"before", "after"}) {
-        if ((kind == "before" ? lineBefore(curve) : lineAfter(curve)).size() < 2)
-            continue;
-        straight(x - 12.0, y, x + 14.0, y, "curve " + kind);
-        entry(kind);
-    }
+    const auto curveEntry = [&](const Line &places, const QString &words) {
+        if (places.size() < 2)
+            return;
+        straight(x - 12.0, y, x + 14.0, y, "curve " + words);
+        entry(words);
+    };
+    curveEntry(lineBefore(curve), "before");
+    curveEntry(lineAfter(curve), "after");
 }
 
 QString noteBefore(const CurveFacts &curve)

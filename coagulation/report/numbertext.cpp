@@ -14,7 +14,8 @@ QString superscript(int number)
 {
     const QString digits = "⁰¹²³⁴⁵⁶⁷⁸⁹";
     QString text = number < 0 ? "⁻" : "";
-    for (const QChar digit : QString::number(std::abs(number)))
+    const QString plain = QString::number(std::abs(number));
+    for (const QChar digit : plain)
         text += digits.at(digit.digitValue());
     return text;
 }
@@ -34,7 +35,7 @@ QString withPower(double number, int digits)
     QString mantissa = text.left(e);
     while (mantissa.contains('.') && (mantissa.endsWith('0') || mantissa.endsWith('.')))
         mantissa.chop(1);
-    const QString power = "10" + superscript(text.mid(e + 1).toInt());
+    QString power = "10" + superscript(QStringView(text).mid(e + 1).toInt());
     if (mantissa == "1")
         return power;
     return mantissa + "×" + power;

@@ -20,12 +20,12 @@ bool hasCurves(const Report &report)
         && !(profile->curves.isEmpty() && profile->otherInvalidCurves.isEmpty());
 }
 
-Table::Table(PageWriter &page, const QString &caption, std::initializer_list<Head> columnHeads,
+Table::Table(PageWriter &page, const QString &caption, std::initializer_list<Head> columns,
              const QString &kind)
     // A box that scrolls must be reached by the keyboard, too.
     : box(page, "div", {{"class", "wide"}, {"tabindex", "0"}})
     , table(page, "table", {{"class", kind}})
-    , heads(page, caption, columnHeads)
+    , heads(page, caption, columns)
     , body(page, "tbody")
 {
 }
@@ -40,9 +40,9 @@ Table::Heads::Heads(PageWriter &page, const QString &caption, std::initializer_l
         page.element("th", column.text, {{"scope", "col"}, {"class", column.kind}});
 }
 
-Folded::Folded(PageWriter &page, const QString &text, bool open)
+Folded::Folded(PageWriter &page, const QString &summaryText, bool open)
     : details(page, "details", {{"open", open ? "open" : ""}})
-    , summary(page, text)
+    , summary(page, summaryText)
 {
 }
 

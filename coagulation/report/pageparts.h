@@ -37,7 +37,7 @@ public:
     };
 
     /// \param caption may be empty
-    Table(PageWriter &page, const QString &caption, std::initializer_list<Head> heads,
+    Table(PageWriter &page, const QString &caption, std::initializer_list<Head> columns,
           const QString &kind = {});
 
 private:
@@ -53,7 +53,7 @@ private:
 /// What many readers want to skip: content that is folded away until somebody asks for it.
 class Folded {
 public:
-    Folded(PageWriter &page, const QString &summary, bool open = false);
+    Folded(PageWriter &page, const QString &summaryText, bool open = false);
 
 private:
     Element details;

@@ -86,10 +86,13 @@ QList<PlotAxis::Tick> PlotAxis::ticks() const
 QList<PlotAxis::Tick> PlotAxis::evenTicks(double from, double to) const
 {
     const double step = easyStep((to - from) / 7.0);
-    const double last = std::floor(to / step);
+    const double first = std::ceil(from / step);
+    const int steps = int(std::floor(to / step) - first);
     QList<Tick> found;
-    for (double i = std::ceil(from / step); i <= last; ++i)
-        found << Tick{i * step, tickLabel(i * step, step)};
+    for (int i = 0; i <= steps; ++i) {
+        const double value = (first + i) * step;
+        found << Tick{value, tickLabel(value, step)};
+    }
     return found;
 }
 
