@@ -353,7 +353,7 @@ QString noteBefore(const CurveFacts &curve)
 {
     const Line before = lineBefore(curve);
     if (before.isEmpty())
-        return "The curve before is not drawn: its coefficients were of no use.";
+        return "The curve before is not drawn: its coefficients give no curve that this program knows.";
     const Axes axes = axesOf(curve);
     const bool outside = std::none_of(before.begin(), before.end(),
                                       [&](const QPointF &place) { return axes.hold(place); });

@@ -19,7 +19,10 @@ char32_t visibleLetter(char32_t letter)
     if (letter == 0x7f)
         return 0x2421; // "␡"
     const bool isControl = letter >= 0x80 && letter < 0xa0;
-    if (isControl || QChar::isSurrogate(letter) || QChar::isNonCharacter(letter))
+    // In a sentence or beside a number these would turn round what is not theirs.
+    const bool turnsText =
+        (letter >= 0x202a && letter <= 0x202e) || (letter >= 0x2066 && letter <= 0x2069);
+    if (isControl || turnsText || QChar::isSurrogate(letter) || QChar::isNonCharacter(letter))
         return QChar::ReplacementCharacter;
     return letter;
 }

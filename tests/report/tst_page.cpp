@@ -552,13 +552,14 @@ void TestPage::showsHostileTextsAsText_data()
     unchanged("entities", "&lt;&#60;&amp");
     unchanged("end of a section", "]]>");
     unchanged("comment", "<!-- --> -->");
-    unchanged("right to left", QString("a\u202Eb\u2066c"));
+    unchanged("right to left", QString("\u05D0\u05D1 \u200F1"));
     unchanged("beyond the basic plane", QString::fromUcs4(U"\U0001F9EA"));
     unchanged("marks over one letter", "a" + QString(200, QChar(0x0301)));
     unchanged("a long word", QString(1'900, 'w'));
 
     QTest::newRow("control characters") << QStringLiteral("a\0b\tc\nd\x1b\x7f") << "a␀b␉c␊d␛␡";
     QTest::newRow("later control characters") << QString("a\u0085\u009Bb") << "a\uFFFD\uFFFDb";
+    QTest::newRow("another direction") << QString("a\u202E1\u2066c") << "a\uFFFD1\uFFFDc";
     QTest::newRow("first half of a pair") << QString("a") + QChar(0xD83E) + "b"
                                           << "a\uFFFDb";
     QTest::newRow("second half of a pair") << QString("a") + QChar(0xDD2A) + "b"
