@@ -314,7 +314,7 @@ void TestCurvePlot::joinsStoredResultsIfCoefficientsSayNothing()
     std::swap(curve.after.coefficients[0], curve.after.coefficients[1]);
 
     const QString path =
-        Drawing(curve).ofKind("curve after").first().attributes.value("d").toString();
+        Drawing(curve).ofKind("curve after").constFirst().attributes.value("d").toString();
 
     QCOMPARE(path.count('L'), curve.points.size() - 1);
     QVERIFY(plotNotes(curve).join(' ').contains(

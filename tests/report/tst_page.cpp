@@ -141,7 +141,7 @@ void TestPage::saysThatARehearsalChangedNoOriginal()
 {
     const ParsedPage page(goodRehearsal());
 
-    QVERIFY(page.elements().first().text.contains(
+    QVERIFY(page.elements().constFirst().text.contains(
         "The databases that the laboratory works with are unchanged."));
 }
 
@@ -149,7 +149,7 @@ void TestPage::doesNotSayThatAComparisonChangedNothing()
 {
     const ParsedPage page(calmReport());
 
-    QVERIFY(!page.elements().first().text.contains("unchanged"));
+    QVERIFY(!page.elements().constFirst().text.contains("unchanged"));
 }
 
 void TestPage::answersWhatMostPeopleAsk()
@@ -290,7 +290,7 @@ void TestPage::opensStepsIfOneFailed()
     const ParsedPage page(sampleReport());
 
     const auto isOpen = [&page](const QString &database) {
-        return page.within(database, "details").first().attributes.contains("open");
+        return page.within(database, "details").constFirst().attributes.contains("open");
     };
     QVERIFY(isOpen("database-data"));
     QVERIFY(!isOpen("database-qc"));
