@@ -376,7 +376,7 @@ void TestCurvePlot::staysWithinItsNumbers_data()
         row("around 0", {{-1e300, -5.0}, {1e300, 5.0}, {2.0, 2.0}});
         QList<QPair<double, double>> many;
         for (int i = 1; i <= 1'000; ++i)
-            many << QPair(double(i), 1.0 / i);
+            many << QPair<double, double>(i, 1.0 / i);
         row("1,000 points", many);
     }
     CurveFacts steep = sampleCurve();

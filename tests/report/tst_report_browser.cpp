@@ -28,7 +28,7 @@ void write(const QString &path, const QByteArray &bytes)
 QByteArray pageOfSamples()
 {
     const QTemporaryDir folder;
-    for (const QString name : {"profile", "data", "qc", "syslog"}) {
+    for (const QString &name : QStringList{"profile", "data", "qc", "syslog"}) {
         const TestDatabase sample(name + ".db");
         sample.load(name + "_v0.sql");
         write(folder.filePath(name + ".db"), sample.bytes());
