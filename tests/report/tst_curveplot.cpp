@@ -392,7 +392,7 @@ void TestCurvePlot::staysWithinItsNumbers()
     const Drawing drawing(curve);
 
     qsizetype numbers = 0;
-    const QRegularExpression number("-?[0-9.]+|nan|inf");
+    static const QRegularExpression number("-?[0-9.]+|nan|inf");
     for (const Shape &shape : drawing.all()) {
         for (const char *name : {"x", "y", "x1", "y1", "x2", "y2", "cx", "cy", "d"}) {
             auto found = number.globalMatch(shape.attributes.value(name).toString());
