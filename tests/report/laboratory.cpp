@@ -25,7 +25,7 @@ QByteArray bytesOfFile(const QString &path)
 QString sampleOf(const QString &name)
 {
     static const QTemporaryDir samples;
-    const QString path = samples.filePath(name + ".db");
+    QString path = samples.filePath(name + ".db");
     if (!QFile::exists(path)) {
         const TestDatabase database(name + ".db");
         makeDatabaseAt(database, name, 0);
@@ -107,8 +107,8 @@ bool Laboratory::removeTemporaryFiles() const
 QJsonObject databaseIn(const QJsonObject &facts, const QString &name)
 {
     const QJsonArray databases = facts.value("databases").toArray();
-    for (const QJsonValue &database : databases) {
-        if (database["name"] == name)
+    for (const auto &database : databases) {
+        if (database.toObject()["name"] == name)
             return database.toObject();
     }
     return {};

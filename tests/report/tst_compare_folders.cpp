@@ -55,7 +55,7 @@ void TestCompareFolders::initTestCase()
 void TestCompareFolders::init()
 {
     laboratory = std::make_unique<Laboratory>();
-    for (const QString side : {"before", "after"}) {
+    for (const QString &side : QStringList{"before", "after"}) {
         QVERIFY(QDir().mkpath(path(side)));
         const QDir copies(upgraded.path("copies/" + side));
         for (const QString &name : copies.entryList(QDir::Files))
