@@ -19,6 +19,12 @@ inline QString tableAnchor(const QString &database, qsizetype index)
     return QString("table-%1-%2").arg(database).arg(index + 1);
 }
 
+/// The section of all standard curves.
+inline QString curvesAnchor()
+{
+    return "curves";
+}
+
 /// \param index of the curve in the profile database's facts
 inline QString curveAnchor(qsizetype index)
 {

@@ -157,7 +157,7 @@ void Finder::addCurves()
                          : QString("%1 other standard curves are").arg(countText(others.size())),
                      others.size() == 1 ? "was" : "were",
                      firstOf(quotedNames(others), others.size())),
-            databaseAnchor(database.name));
+            curvesAnchor());
 }
 
 void Finder::addLostRows(const TableFacts &table, const QString &anchor)

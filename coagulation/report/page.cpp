@@ -38,7 +38,7 @@ void writeContents(PageWriter &page, const Report &report)
     for (const DatabaseFacts &database : report.databases)
         entry(databaseAnchor(database.name), "Database " + database.name);
     if (hasCurves(report))
-        entry("curves", "Standard curves");
+        entry(curvesAnchor(), "Standard curves");
     if (!report.log.isEmpty())
         entry("log", "Log");
     entry("record", "Record");

@@ -148,7 +148,7 @@ void writeCurves(PageWriter &page, const Report &report)
     if (!hasCurves(report))
         return;
     const DatabaseFacts &profile = *databaseOf(report, "profile");
-    const Element section(page, "section", {{"id", "curves"}});
+    const Element section(page, "section", {{"id", curvesAnchor()}});
     page.element("h2", "Standard curves");
     if (!profile.curves.isEmpty())
         page.element(

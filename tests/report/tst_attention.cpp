@@ -413,7 +413,7 @@ void TestAttention::linksToPlaces()
         anchors << attention.anchor;
 
     QCOMPARE(anchors,
-             (QStringList{"database-profile", "curve-1", "table-profile-2", "objects-profile"}));
+             (QStringList{"curves", "curve-1", "table-profile-2", "objects-profile"}));
 }
 
 void TestAttention::ordersByImportance()
