@@ -11,6 +11,13 @@ namespace coagulation::report {
 
 namespace {
 
+/// SQLite keeps the journal and the write-ahead log beside the file that a link leads to.
+QString fileBehind(const QString &database)
+{
+    const QFileInfo file(database);
+    return file.isSymLink() ? file.canonicalFilePath() : database;
+}
+
 /// The copy of one database, which grows file by file.
 class Copying {
 public:
@@ -167,8 +174,9 @@ void copyUnused(Copying &copying, QFile &file, const QString &error)
 
 } // namespace
 
-Snapshot takeSnapshot(const QString &source, const QString &target, const BytesRead &progress)
+Snapshot takeSnapshot(const QString &database, const QString &target, const BytesRead &progress)
 {
+    const QString source = fileBehind(database);
     Copying copying(source, target, progress);
     // Open before the lock is taken, and until it is given up; see ReadLock.
     QFile file(source);
@@ -221,9 +229,10 @@ QStringList filesOf(const QString &database)
 {
     QStringList files;
     if (QFileInfo::exists(database)) {
+        const QString path = fileBehind(database);
         for (const char *ending : {"", "-journal", "-wal"}) {
-            if (QFileInfo::exists(database + ending))
-                files << database + ending;
+            if (QFileInfo::exists(path + ending))
+                files << path + ending;
         }
     }
     return files;

@@ -29,17 +29,17 @@ struct Snapshot {
 /// it gives the lock. A file that SQLite cannot read, being damaged or no database, is copied as it is, with its
 /// journal and its write-ahead log. So is one whose lock takes a file beside it that may not be written: nobody
 /// else has it open then.
-/// \param source path of the database, which exists
+/// \param database path, which exists; it may be a link
 /// \param target path of the copy, which does not exist yet
 /// \param progress called with the number of bytes read since the last call; false stops the copying
-Snapshot takeSnapshot(const QString &source, const QString &target, const BytesRead &progress);
+Snapshot takeSnapshot(const QString &database, const QString &target, const BytesRead &progress);
 
 /// Makes the second copy of a snapshot, with what stands beside it.
 /// \return why it cannot be written; empty if it is written
 QString copySnapshot(const QString &source, const QString &target, const BytesRead &progress);
 
 /// \return the paths of a database and of what SQLite keeps beside it, as far as they exist: the database, its
-///         journal, its write-ahead log; none if there is no such database
+///         journal, its write-ahead log; those behind a link; none if there is no such database
 QStringList filesOf(const QString &database);
 
 /// \return the same with sizes, and without digests

@@ -127,6 +127,7 @@ private slots:
     void copiesALogThatIsStartedAfresh();
     void playsBackTheJournalOfACrash();
     void leavesTheLogOfACrash();
+    void copiesTheLogBehindALink();
     void givesUpOnALockedDatabase_data();
     void givesUpOnALockedDatabase();
     void copiesWhatSqliteCannotRead_data();
@@ -409,6 +410,28 @@ void TestSnapshot::leavesTheLogOfACrash()
     const Snapshot snapshot = take();
 
     QCOMPARE(snapshot.problem, QString());
+    QCOMPARE(valuesIn(copy()), state(1));
+    QCOMPARE(filesIn(originals->path()), before);
+}
+
+void TestSnapshot::copiesTheLogBehindALink()
+{
+#ifdef Q_OS_WIN
+    QSKIP("Qt makes a shortcut here, which SQLite does not follow");
+#endif
+    makeDatabase("wal");
+    OtherProgram other(original());
+    other.run(setToOne);
+    other.kill();
+    const QStringList before = filesIn(originals->path());
+    const QTemporaryDir links;
+    const QString link = links.filePath("data.db");
+    QVERIFY(QFile::link(original(), link));
+
+    const Snapshot snapshot = takeSnapshot(link, copy(), countNothing);
+
+    QCOMPARE(snapshot.problem, QString());
+    QCOMPARE(snapshot.files.size(), 2);
     QCOMPARE(valuesIn(copy()), state(1));
     QCOMPARE(filesIn(originals->path()), before);
 }
