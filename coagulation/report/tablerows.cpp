@@ -107,8 +107,11 @@ qsizetype lettersOf(const QList<ChangedCell> &cells)
 
 QString isOverwritten(const CommonColumn &column)
 {
+    // '12.5' that became '12' is no time, and a value that somebody may have set.
     return QString("(b.%1 is not null and not (typeof(b.%1) = 'text' and typeof(a.%2) = 'text'"
-                   " and substr(b.%1, 1, length(a.%2) + 1) = a.%2 || '.' collate binary))")
+                   " and substr(b.%1, 1, length(a.%2) + 1) = a.%2 || '.' collate binary"
+                   " and a.%2 glob '*[0-9]:[0-9][0-9]'"
+                   " and substr(b.%1, length(a.%2) + 2) not glob '*[^0-9]*'))")
         .arg(column.before, column.after);
 }
 

@@ -101,6 +101,12 @@ void TestComparisonValues::tellsOverwrittenCells_data()
                                           << "'08:01:02'" << false;
     QTest::newRow("another time") << "'08:01:02.345'"
                                   << "'08:01:03'" << true;
+    QTest::newRow("time without its zone") << "'08:01:02.345Z'"
+                                           << "'08:01:02'" << true;
+    QTest::newRow("number as a text") << "'12.5'"
+                                      << "'12'" << true;
+    QTest::newRow("name with a point") << "'Dr. Meier'"
+                                       << "'Dr'" << true;
     QTest::newRow("other letters") << "'A.1'"
                                    << "'a'" << true;
     QTest::newRow("number without its fraction") << "1.5"
