@@ -58,6 +58,18 @@ Piece nextPiece(qint64 position, qint64 size, bool lockedBytesAreReadable)
     return {std::min(end, endOfLockedBytes) - position, false};
 }
 
+bool writeAll(QIODevice &device, const QByteArray &bytes)
+{
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const qint64 written = device.write(bytes.constData() + done, bytes.size() - done);
+        if (written <= 0)
+            return false;
+        done += written;
+    }
+    return true;
+}
+
 CopyResult copyFile(QFile &source, const QString &target, const BytesRead &progress)
 {
     QFile copy(target);
@@ -67,7 +79,7 @@ CopyResult copyFile(QFile &source, const QString &target, const BytesRead &progr
 
     CopyResult result;
     const bool read = readThrough(source, [&](const QByteArray &bytes) {
-        if (copy.write(bytes) != bytes.size())
+        if (!writeAll(copy, bytes))
             result = {CopyState::NotWritten, copy.errorString()};
         else if (!progress(bytes.size()))
             result = {CopyState::Stopped};

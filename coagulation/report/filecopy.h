@@ -7,6 +7,7 @@
 #include <functional>
 
 class QFile;
+class QIODevice;
 
 /// Reads files from their beginning to their end, in pieces, to copy them or to compute their digests.
 namespace coagulation::report {
@@ -33,6 +34,11 @@ struct CopyResult {
     QString error{}; ///< the system's words
     qint64 bytes = 0;
 };
+
+/// Writes until nothing is left or the device takes no more. A disk that becomes full takes a part of some bytes,
+/// and says why only when it gets the rest.
+/// \return false if the device took not all; it has the cause
+bool writeAll(QIODevice &device, const QByteArray &bytes);
 
 /// Copies a file that is open for reading into a new one, which only the user may read and write. What has
 /// been written is removed when the copy fails.

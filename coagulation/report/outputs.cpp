@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/report/outputs.h"
 
+#include "coagulation/report/filecopy.h"
 #include "coagulation/report/json.h"
 #include "coagulation/report/page.h"
 
@@ -61,7 +62,10 @@ QString notWritten(const QFileDevice &file)
 QString save(const QString &path, const std::function<bool(QIODevice &)> &write)
 {
     QSaveFile file(path);
-    const bool saved = file.open(QIODevice::WriteOnly) && write(file) && file.commit();
+    const bool saved =
+        file.open(QIODevice::WriteOnly) && write(file) && file.flush() && file.commit();
+    if (!saved)
+        file.flush(); // the rest of what the disk took in part; see writeAll()
     return saved ? QString() : notWritten(file);
 }
 
@@ -89,10 +93,8 @@ QString writeOutputs(const CommandLine &command, const Report &report)
 {
     QString problem = save(command.page, [&](QIODevice &file) { return writePage(file, report); });
     if (problem.isEmpty() && !command.json.isEmpty()) {
-        problem = save(command.json, [&](QIODevice &file) {
-            const QByteArray json = toJson(report);
-            return file.write(json) == json.size();
-        });
+        problem =
+            save(command.json, [&](QIODevice &file) { return writeAll(file, toJson(report)); });
     }
     return problem;
 }
