@@ -120,8 +120,8 @@ void compareContents(DatabaseFacts &facts, const QSqlDatabase &connection,
     const QList<ObjectFacts> objectsAfter = objectsIn(questions, schemaAfter);
     facts.objectsGone = without(objectsBefore, objectsAfter);
     facts.objectsNew = without(objectsAfter, objectsBefore);
-    const ComparisonContext context{connection, Literals(textEncoding(questions)), options,
-                                    facts.name == "profile"};
+    const Literals literals(textEncoding(questions));
+    const ComparisonContext context{connection, literals, options, facts.name == "profile"};
     if (questions.failed())
         facts.problem = "One of the databases " + questions.predicate() + '.';
     else if (!compareTables(facts, context, entriesBefore, entriesAfter, progress))

@@ -12,7 +12,7 @@ namespace coagulation::report {
 /// What the comparisons of all tables share.
 struct ComparisonContext {
     const QSqlDatabase &connection;
-    Literals literals;
+    const Literals &literals;
     ComparisonOptions options;
     bool isProfile = false; ///< the database has the settings
 };
