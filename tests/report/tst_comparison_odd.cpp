@@ -76,7 +76,7 @@ void TestComparisonOdd::saysWhyAFileCannotBeRead_data()
                             << "is no SQLite database, or it is encrypted.";
     QTest::newRow("damaged schema")
         << sound.bytes().replace("CREATE TABLE t", "CREATE FABLE t")
-        << "is damaged: malformed database schema (t) - near \"FABLE\": syntax error.";
+        << R"(is damaged: malformed database schema (t) - near "FABLE": syntax error.)";
 
     const TestDatabase utf16;
     QFile::remove(utf16.path());
@@ -166,7 +166,7 @@ void TestComparisonOdd::opensAnyFileName_data()
 
     for (const char *name :
          {"with blank.db", "%20.db", "a#b.db", "a&mode=rwc.db", "凝血.db", "it's.db", "a;b.db",
-          "%1.db", "file:x.db", "a?mode=memory.db", "a\"b.db", "a\\b.db"})
+          "%1.db", "file:x.db", "a?mode=memory.db", R"(a"b.db)", R"(a\b.db)"})
         QTest::newRow(name) << name;
 }
 
@@ -189,8 +189,8 @@ void TestComparisonOdd::takesNamesAsTheyAre_data()
     QTest::addColumn<QString>("name");
 
     for (const char *name :
-         {"select", "after", "main", "a", "b",  "other", "it's", "a\"b", "[a]",   "`a`",
-          "a b",    "a\nb",  "%1",   "?", ":x", "a;--",  "凝血", "",     "rowid", "sqlitex"})
+         {"select", "after", "main", "a", "b",  "other", "it's", R"(a"b)", "[a]",   "`a`",
+          "a b",    "a\nb",  "%1",   "?", ":x", "a;--",  "凝血", "",       "rowid", "sqlitex"})
         QTest::newRow(name) << QString(name);
 }
 

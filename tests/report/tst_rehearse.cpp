@@ -133,7 +133,7 @@ void TestRehearse::findsTheDatabases_data()
                             << " old ";
     QTest::newRow("Chinese") << "检验科_"
                              << "_旧";
-    QTest::newRow("quotes") << "o'neill\"s"
+    QTest::newRow("quotes") << R"(o'neill"s)"
                             << "'";
     QTest::newRow("argument markers") << "%2"
                                       << "%1";

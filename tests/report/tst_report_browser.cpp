@@ -184,7 +184,7 @@ void TestReportBrowser::saysNothingOnTheConsole()
 
     const Shown shown = show(browser, folder.filePath("page.html"));
 
-    QVERIFY2(shown.dom.contains("id=\"record\""), shown.messages.constData());
+    QVERIFY2(shown.dom.contains(R"(id="record")"), shown.messages.constData());
     QCOMPARE(consoleOf(shown), QStringList());
 }
 
