@@ -167,8 +167,8 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
     const QRegularExpressionMatch match = unmoved.match(table.name);
     if (match.hasMatch() && table.rowsAfter.value_or(0) > 0)
         add(Kind::LostRows,
-            QString(
-                "%1 of %2 did not arrive in its new layout. %3 keeps them, and the analyser software does not see them.")
+            QString("%1 of %2 did not arrive in its new layout. %3 keeps them,"
+                    " and the analyser software does not see them.")
                 .arg(countText(*table.rowsAfter, "row", "rows"), match.captured(1), table.name),
             anchor);
     if (!table.rowsBefore)

@@ -45,8 +45,8 @@ struct ChangedCell {
 struct ChangedRow {
     QString key;
     QList<ChangedCell> cells;
-    /// By what people know the row: its value of the column "abbr" or "name" after the upgrade, if the key has none
-    /// of them; else empty.
+    /// By what people know the row: its value of the column "abbr" or "name" after the upgrade, if the
+    /// key has none of them; else empty.
     QString name{};
 };
 

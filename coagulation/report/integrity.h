@@ -8,8 +8,8 @@
 
 namespace coagulation::report {
 
-/// SQLite's own check of a file. It reads all of it, which takes about as long as the comparison: so it runs beside
-/// it, on a connection of its own.
+/// SQLite's own check of a file. It reads all of it, which takes about as long as the comparison:
+/// so it runs beside it, on a connection of its own.
 class IntegrityCheck {
 public:
     /// Starts it.

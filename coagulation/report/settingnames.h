@@ -5,8 +5,9 @@
 
 namespace coagulation::report {
 
-/// \return the name that the steps give a setting of the profile database, or its own if they leave it. A step also
-///         changes the value of some, so that nothing else shows that they are the same.
+/// \return the name that the steps give a setting of the profile database, or its own if they
+///         leave it. A step also changes the value of some, so that nothing else shows that they
+///         are the same.
 QString newSettingName(const QString &name);
 
 } // namespace coagulation::report

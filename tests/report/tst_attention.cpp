@@ -128,8 +128,8 @@ void TestAttention::tellsWhatDatabasesHave_data()
         << QStringList{"create table result_unmoved(id integer primary key)",
                        "insert into result_unmoved values(1), (2)"}
         << Kind::LostRows
-        << "2 rows of result did not arrive in its new layout. result_unmoved keeps them, and the analyser software"
-           " does not see them.";
+        << "2 rows of result did not arrive in its new layout. result_unmoved keeps them,"
+           " and the analyser software does not see them.";
     QTest::newRow("rows that a view does not show")
         << "data"
         << QStringList{"create table result(id integer primary key)",
@@ -443,13 +443,15 @@ void TestAttention::givesAVerdict_data()
     report.log = {{"Warning: one", {}, true}};
     QTest::newRow("with a point")
         << report
-        << "The upgrade works: all 4 databases reach the version that this vardo knows, in 3 seconds; 1 point needs attention.";
+        << "The upgrade works: all 4 databases reach the version that this vardo knows,"
+           " in 3 seconds; 1 point needs attention.";
     report.databases.resize(1);
     report.milliseconds = 240'000;
     report.log << LogLine{"Warning: two", {}, true};
     QTest::newRow("one database")
         << report
-        << "The upgrade works: the profile database reaches the version that this vardo knows, in 4 minutes; 2 points need attention.";
+        << "The upgrade works: the profile database reaches the version that this vardo knows,"
+           " in 4 minutes; 2 points need attention.";
     report.use = Use::Comparison;
     report.exitCode.reset();
     QTest::newRow("comparison") << report << "The upgrade worked, and 2 points need attention.";

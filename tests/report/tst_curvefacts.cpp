@@ -73,7 +73,8 @@ void TestCurveFacts::readsACurve()
             "update curvePoint set z = 99, flags = 1 where id = 1",
             "update curvePoint set z = 51, flags = 2 where id = 3",
             "update curvePoint set z = 26, flags = 4 where id = 4",
-            "create table assayCalibration(id integer primary key, name text, method integer, dispX text, dispY text)",
+            "create table assayCalibration(id integer primary key, name text, method integer,"
+            " dispX text, dispY text)",
             "insert into assayCalibration values(1, 'II', 4, null, null), (2, 'PT', 0, 'Log', 'Linear')"});
 
     const QList<CurveFacts> curves = compared(before, after, "profile").curves;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// Rehearsals of databases that others use, that are damaged, or that cannot be written; rehearsals that are killed.
+/// Rehearsals of databases that others use, that are damaged, or that cannot be written; rehearsals
+/// that are killed.
 
 #include "laboratory.h"
 #include "otherprogram.h"

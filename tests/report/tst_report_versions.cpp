@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-/// The upgrade of every version's sample: the report claims no row lost but those that the steps delete on purpose.
+/// The upgrade of every version's sample: the report claims no row lost but those that the steps
+/// delete on purpose.
 
 #include "compared.h"
 #include "expectedsteps.h"
