@@ -454,7 +454,7 @@ void TestPage::endsWithTheRecord()
     QVERIFY(rows.contains("vardo that ran | /usr/bin/vardo"));
     QVERIFY(rows.contains("SQLite | 3.40.1"));
     QVERIFY(rows.contains("before | /lab/profile.db-wal | 4,096 | could not be read"));
-    QCOMPARE(rows.filter(QRegularExpression("^after \\| /tmp/copies/data.db \\| 2,097,152 \\| "
+    QCOMPARE(rows.filter(QRegularExpression(R"(^after \| /tmp/copies/data.db \| 2,097,152 \| )"
                                             "[0-9a-f]{64}$"))
                  .size(),
              1);

@@ -100,7 +100,7 @@ Widths widthsOf(const QString &browser, const QTemporaryDir &folder, int window)
 {
     write(folder.filePath("frame.html"), framed(window));
     const Shown shown = show(browser, folder.filePath("frame.html"));
-    static const QRegularExpression found("found (\\d+) (\\d+) (\\d+) found");
+    static const QRegularExpression found(R"(found (\d+) (\d+) (\d+) found)");
     const QRegularExpressionMatch match = found.match(QString::fromUtf8(shown.dom));
     if (!match.hasMatch())
         qFatal("Not measured: %s", shown.messages.constData());

@@ -126,8 +126,8 @@ void TestReportManual::pageNamesEachOption()
 {
     QFETCH(QString, option);
 
-    QVERIFY(manualPage().contains(
-        QRegularExpression("^\\.BI?R? .*" + option + "\\b", QRegularExpression::MultilineOption)));
+    QVERIFY(manualPage().contains(QRegularExpression(R"(^\.BI?R? .*)" + option + R"(\b)",
+                                                     QRegularExpression::MultilineOption)));
 }
 
 void TestReportManual::chapterNamesEachOption_data()
@@ -140,7 +140,7 @@ void TestReportManual::chapterNamesEachOption()
     QFETCH(QString, option);
 
     QVERIFY(chapter().contains(
-        QRegularExpression("^\\| .*`" + option + "\\b", QRegularExpression::MultilineOption)));
+        QRegularExpression(R"(^\| .*`)" + option + R"(\b)", QRegularExpression::MultilineOption)));
 }
 
 void TestReportManual::chapterNamesEachKey_data()
@@ -155,7 +155,7 @@ void TestReportManual::chapterNamesEachKey()
 {
     QFETCH(QString, key);
 
-    QVERIFY(sectionForPrograms().contains(QRegularExpression("`(\\w+\\.)*" + key + '`')));
+    QVERIFY(sectionForPrograms().contains(QRegularExpression(R"(`(\w+\.)*)" + key + '`')));
 }
 
 QTEST_GUILESS_MAIN(TestReportManual)
