@@ -219,7 +219,7 @@ public:
     /// \return false when the file was locked at one of the statements
     bool takeSnapshot()
     {
-        static const QRegularExpression line(" near line \\d+"); // of the shell's input
+        static const QRegularExpression line(R"( near line \d+)"); // of the shell's input
         const QString all = QString::fromUtf8(program.answer()).remove(line);
         if (all.contains("locked"))
             return false;

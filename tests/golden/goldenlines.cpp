@@ -70,7 +70,7 @@ QString contentOf(const QByteArrayList &rows)
 
 QString schemaContent()
 {
-    static const QRegularExpression quotedTable("^CREATE TABLE \"(\\w+)\"");
+    static const QRegularExpression quotedTable(R"re(^CREATE TABLE "(\w+)")re");
     static const QRegularExpression blanks(" ?([(),]) ?");
     QByteArrayList statements;
     for (const QString &statement : texts("select sql from sqlite_master where sql notnull"))

@@ -28,7 +28,7 @@ QStringList warnings(const MessageRecorder &recorder)
 {
     return recorder.messages()
         .filter(QRegularExpression("^Warning: "))
-        .filter(QRegularExpression("^(?!.*into assaytemplate values\\()",
+        .filter(QRegularExpression(R"(^(?!.*into assaytemplate values\())",
                                    QRegularExpression::CaseInsensitiveOption));
 }
 

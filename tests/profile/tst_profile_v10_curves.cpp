@@ -62,7 +62,7 @@ QStringList warnings(const MessageRecorder &recorder)
 {
     return recorder.messages()
         .filter(QRegularExpression("^Warning: "))
-        .filter(QRegularExpression("^(?!.*assaytemplate values\\(22)",
+        .filter(QRegularExpression(R"(^(?!.*assaytemplate values\(22))",
                                    QRegularExpression::CaseInsensitiveOption));
 }
 

@@ -154,7 +154,7 @@ QStringList TestDatabase::schema() const
 
 QStringList TestDatabase::comparableSchema() const
 {
-    static const QRegularExpression quotedTable("^CREATE TABLE \"(\\w+)\"");
+    static const QRegularExpression quotedTable(R"re(^CREATE TABLE "(\w+)")re");
     QStringList comparable = schema();
     comparable.replaceInStrings(quotedTable, R"(CREATE TABLE \1)")
         .replaceInStrings(" (", "(")
