@@ -2,6 +2,7 @@
 #include "coagulation/report/attention.h"
 
 #include "coagulation/report/anchors.h"
+#include "coagulation/report/comparison.h"
 #include "coagulation/report/failures.h"
 #include "coagulation/report/numbertext.h"
 #include "coagulation/report/wording.h"
@@ -109,6 +110,7 @@ public:
         addCurves();
         for (qsizetype i = 0; i < database.tables.size(); ++i) {
             addLostRows(database.tables.at(i), tableAnchor(database.name, i));
+            addNotCompared(database.tables.at(i), tableAnchor(database.name, i));
             addGoneColumns(database.tables.at(i), tableAnchor(database.name, i));
             addOverwritten(database.tables.at(i), tableAnchor(database.name, i));
             addReagentIdentifiers(database.tables.at(i), tableAnchor(database.name, i));
@@ -125,6 +127,7 @@ private:
     }
     void addCurves();
     void addLostRows(const TableFacts &table, const QString &anchor);
+    void addNotCompared(const TableFacts &table, const QString &anchor);
     void addGoneColumns(const TableFacts &table, const QString &anchor);
     void addGoneObjects();
     void addOverwritten(const TableFacts &table, const QString &anchor);
@@ -192,6 +195,14 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
                 .arg(countText(lost, "row", "rows"), table.name, lost == 1 ? "is" : "are",
                      table.removedRows.isEmpty() ? QString()
                                                  : ": " + firstOf(keysOf(table.removedRows), lost)),
+            anchor);
+}
+
+void Finder::addNotCompared(const TableFacts &table, const QString &anchor)
+{
+    if (!table.problem.isEmpty() && !table.damaged && table.problem != virtualTableProblem)
+        add(Kind::NotCompared,
+            QString("The table %1 was not compared: %2").arg(table.name, asClause(table.problem)),
             anchor);
 }
 

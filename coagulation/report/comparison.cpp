@@ -138,11 +138,13 @@ void compare(DatabaseFacts &facts, const QString &before, const QString &after,
     DatabasePair databases("comparison");
     facts.newestVersion = newestVersion(facts.name);
     facts.problem = databases.openBefore(before);
+    facts.unreadable = databases.isUnreadable();
     if (!facts.problem.isEmpty())
         return;
     facts.versionBefore = versionIn(databases, schemaBefore);
     IntegrityCheck checkBefore(before, "integrity before");
     facts.problem = databases.openAfter(after);
+    facts.unreadable = databases.isUnreadable();
     if (facts.problem.isEmpty()) {
         facts.versionAfter = versionIn(databases, schemaAfter);
         IntegrityCheck checkAfter(after, "integrity after");

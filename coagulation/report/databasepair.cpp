@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/report/databasepair.h"
 
+#include "coagulation/vardo/connection.h"
+#include "coagulation/vardo/damagecheck.h"
 #include "coagulation/vardo/execute.h"
 
 #include <QFileInfo>
@@ -41,14 +43,17 @@ QString DatabasePair::openBefore(const QString &path)
     const QString subject = "The database before the upgrade ";
     database.setConnectOptions("QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI");
     database.setDatabaseName(readOnlyUri(path));
-    if (!database.open())
-        return subject + predicateOf(database.lastError()) + '.';
+    if (!database.open()) {
+        refusal = database.lastError();
+        return subject + predicateOf(refusal) + '.';
+    }
     Questions questions(database);
     for (const char *setting :
          {"pragma query_only=on", "pragma trusted_schema=off", "pragma cell_size_check=on",
           "pragma temp_store=file", "pragma foreign_keys=off"})
         questions.value(setting);
     questions.value("select count(*) from main.sqlite_master");
+    refusal = questions.error();
     return questions.failed() ? subject + questions.predicate() + '.' : QString();
 }
 
@@ -60,8 +65,14 @@ QString DatabasePair::openAfter(const QString &path)
         return "The databases before and after the upgrade store texts in different encodings.";
     questions.value("select count(*) from after.sqlite_master");
     questions.value("begin"); // all questions see the same rows
+    refusal = questions.error();
     return questions.failed() ? "The database after the upgrade " + questions.predicate() + '.'
                               : QString();
+}
+
+bool DatabasePair::isUnreadable() const
+{
+    return isEnvironmentError(refusal) && !isDamage(refusal);
 }
 
 QString predicateOf(const QSqlError &error)
@@ -97,8 +108,10 @@ bool Questions::ask(const QString &sql, const QVariantList &values,
     bool goOn = done;
     while (goOn && query.next())
         goOn = row(query);
-    if (!done || (goOn && query.lastError().isValid()))
-        failure = predicateOf(query.lastError());
+    if (!done || (goOn && query.lastError().isValid())) {
+        firstError = query.lastError();
+        failure = predicateOf(firstError);
+    }
     return !failed();
 }
 

@@ -2,13 +2,13 @@
 #pragma once
 
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QString>
 #include <QStringConverter>
 #include <QVariantList>
 
 #include <functional>
 
-class QSqlError;
 class QSqlQuery;
 
 /// A database before and after an upgrade, on one connection.
@@ -33,10 +33,14 @@ public:
     /// \return why the database after cannot be read beside it, a sentence; empty if it can
     QString openAfter(const QString &path);
 
+    /// \return whether a database was not opened since it is locked, or the user may not read it
+    bool isUnreadable() const;
+
     const QSqlDatabase &connection() const { return database; }
 
 private:
     QString connectionName;
+    QSqlError refusal{};
     QSqlDatabase database;
 };
 
@@ -64,9 +68,13 @@ public:
     /// \return see predicateOf(); empty if nothing failed
     QString predicate() const { return failure; }
 
+    /// \return the error of the first failure
+    const QSqlError &error() const { return firstError; }
+
 private:
     const QSqlDatabase &connection;
     QString failure{};
+    QSqlError firstError{};
 };
 
 /// \return the encoding of the texts of both databases

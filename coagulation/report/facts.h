@@ -74,6 +74,7 @@ struct TableFacts {
     QList<RowFacts> renamedRows{};   ///< examples
     QList<ChangedRow> changedRows{}; ///< all, or examples
     QString problem{};               ///< why the rows were not compared; empty if they were
+    bool damaged = false; ///< the problem lies in the file, not in the layout of the table
 };
 
 /// An index, trigger, view or table.
@@ -142,6 +143,8 @@ struct DatabaseFacts {
         integrityBefore{}; ///< SQLite's first finding; "ok" if there is none; empty if it was not asked
     QString integrityAfter{};
     QString problem{}; ///< why it was not rehearsed or compared, a sentence; empty if it was
+    bool unreadable =
+        false; ///< locked, or not to be read by this user: the problem says nothing of its content
     QList<TableFacts> tables{};
     QList<ObjectFacts> objectsGone{}; ///< indexes, triggers, views; tables stand among the tables
     QList<ObjectFacts> objectsNew{};
@@ -171,6 +174,7 @@ struct Attention {
         InvalidCurve,
         RefittedCurve,
         LostRows,    ///< a table …_unmoved, or rows that are not there any more
+        NotCompared, ///< a table
         GoneObject,  ///< a column, index, trigger, view or table
         Overwritten, ///< values
         ReagentIdentifier,

@@ -2,7 +2,6 @@
 #include "coagulation/report/failures.h"
 
 #include "coagulation/report/anchors.h"
-#include "coagulation/report/comparison.h"
 #include "coagulation/report/integrity.h"
 #include "coagulation/report/wording.h"
 
@@ -158,7 +157,7 @@ private:
     {
         for (qsizetype i = 0; i < database.tables.size(); ++i) {
             const TableFacts &table = database.tables.at(i);
-            if (table.problem.isEmpty() || table.problem == virtualTableProblem)
+            if (!table.damaged)
                 continue;
             add(QString("the table %1 could not be compared.").arg(table.name),
                 QString("The table %1 of the %2 database could not be compared: %3")

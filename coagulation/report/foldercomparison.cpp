@@ -73,6 +73,8 @@ private:
         const std::optional<QList<LogLine>> log = readLog(command.log, command.names);
         if (!log)
             return fail(QString("%1 cannot be read.").arg(command.log));
+        if (log->isEmpty())
+            return fail(QString("%1 holds no run of vardo on these databases.").arg(command.log));
         outcome.report.log = *log;
         return true;
     }
@@ -126,6 +128,8 @@ private:
         const QString second = readable(facts, after(facts.name), "after");
         if (outcome.error.isEmpty() && facts.problem.isEmpty())
             compareDatabase(facts, first, second, command.examples, progress);
+        if (facts.unreadable)
+            outcome.complete = false;
         if (interrupted())
             return fail("Stopped.");
         return outcome.error.isEmpty();

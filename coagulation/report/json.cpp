@@ -224,6 +224,8 @@ QString kindWord(Attention::Kind kind)
         return "refittedCurve";
     case Attention::Kind::LostRows:
         return "lostRows";
+    case Attention::Kind::NotCompared:
+        return "notCompared";
     case Attention::Kind::GoneObject:
         return "goneObject";
     case Attention::Kind::Overwritten:

@@ -77,7 +77,8 @@ int makeReport(const CommandLine &command, const QString &vardo, const Workplace
     report.attention = attentionOf(report);
     if (const QString problem = writeOutputs(command, report); !problem.isEmpty())
         return endWith(problem);
-    printOutput(QFileInfo(command.page).absoluteFilePath() + '\n');
+    if (!printOutput(QFileInfo(command.page).absoluteFilePath() + '\n'))
+        return endWith("Standard output takes no text.");
     return exitCodeOf(outcome);
 }
 
@@ -109,8 +110,7 @@ int main(int argc, char *argv[])
 
     const ParsedCommandLine parsed = parseCommandLine(QCoreApplication::arguments());
     if (!parsed.output.isEmpty()) {
-        printOutput(parsed.output);
-        return success;
+        return printOutput(parsed.output) ? success : endWith("Standard output takes no text.");
     }
     if (!parsed.command)
         return endWith(parsed.error + " Try vardo-report --help.");

@@ -99,18 +99,18 @@ QString writeOutputs(const CommandLine &command, const Report &report)
     return problem;
 }
 
-void printOutput(const QString &text)
+bool printOutput(const QString &text)
 {
 #ifdef Q_OS_WIN
     // A console would take bytes for letters of its own code page.
     auto *const console = GetStdHandle(STD_OUTPUT_HANDLE);
     if (DWORD mode = 0; GetConsoleMode(console, &mode) != 0) {
-        WriteConsoleW(console, text.utf16(), static_cast<DWORD>(text.size()), nullptr, nullptr);
-        return;
+        return WriteConsoleW(console, text.utf16(), static_cast<DWORD>(text.size()), nullptr,
+                             nullptr)
+            != 0;
     }
 #endif
-    std::fputs(text.toUtf8().constData(), stdout);
-    std::fflush(stdout);
+    return std::fputs(text.toUtf8().constData(), stdout) >= 0 && std::fflush(stdout) == 0;
 }
 
 } // namespace coagulation::report

@@ -15,6 +15,7 @@ QString problemOfOutputs(const CommandLine &command);
 QString writeOutputs(const CommandLine &command, const Report &report);
 
 /// Writes to standard output, readable in a Windows console of any code page.
-void printOutput(const QString &text);
+/// \return false if it takes no more
+bool printOutput(const QString &text);
 
 } // namespace coagulation::report

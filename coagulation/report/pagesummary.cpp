@@ -154,6 +154,8 @@ QString headingOf(Attention::Kind kind)
         return "Standard curves that were fitted once more";
     case Attention::Kind::LostRows:
         return "Rows that did not arrive";
+    case Attention::Kind::NotCompared:
+        return "Tables that could not be compared";
     case Attention::Kind::GoneObject:
         return "Columns, tables, indexes, triggers and views that are gone";
     case Attention::Kind::Overwritten:

@@ -4,6 +4,7 @@
 #include "coagulation/report/databasepair.h"
 #include "coagulation/report/settingnames.h"
 #include "coagulation/report/tablerows.h"
+#include "coagulation/vardo/connection.h"
 
 #include <QSet>
 #include <QSqlQuery>
@@ -29,6 +30,7 @@ public:
     void showNew(const SchemaEntry &after);
 
     bool failed() const { return questions.failed(); }
+    bool failedByTheFile() const { return isEnvironmentError(questions.error()); }
     QString predicate() const { return questions.predicate(); }
 
 private:
@@ -380,6 +382,7 @@ void compareTable(const ComparisonContext &context, const std::optional<SchemaEn
         comparison.showNew(*after);
     if (comparison.failed())
         facts.problem = "The table " + comparison.predicate() + '.';
+    facts.damaged = comparison.failedByTheFile();
 }
 
 } // namespace coagulation::report

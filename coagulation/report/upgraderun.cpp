@@ -178,8 +178,10 @@ std::optional<QList<LogLine>> readLog(const QString &path, const DatabaseNames &
         own << names.fileName(database);
     QList<LogLine> run;
     bool inside = true;
+    bool found = false;
     for (const LogLine &line : linesOf(file.readAll())) {
         const QString opened = openedFile(line.text);
+        found = found || own.contains(opened);
         if (opened == own.first()) {
             run.clear();
             inside = true;
@@ -189,7 +191,7 @@ std::optional<QList<LogLine>> readLog(const QString &path, const DatabaseNames &
         if (inside)
             run << line;
     }
-    return run;
+    return found ? run : QList<LogLine>();
 }
 
 LoggedUpgrade upgradeIn(const QList<LogLine> &log, const QString &fileName,

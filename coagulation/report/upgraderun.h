@@ -37,7 +37,7 @@ UpgradeRun runUpgrade(const QString &program, const QString &folder, const Datab
                       const std::function<bool()> &stop);
 
 /// Reads the lines of the last run on these databases from a log file of vardo, which may hold other runs, too.
-/// \return none if the file cannot be read
+/// \return none if the file cannot be read; no line if it holds no such run
 std::optional<QList<LogLine>> readLog(const QString &path, const DatabaseNames &names);
 
 /// What the log says of one database.

@@ -107,9 +107,10 @@ bool Laboratory::removeTemporaryFiles() const
 QJsonObject databaseIn(const QJsonObject &facts, const QString &name)
 {
     const QJsonArray databases = facts.value("databases").toArray();
-    for (const auto &database : databases) {
-        if (database.toObject()["name"] == name)
-            return database.toObject();
+    for (const auto &value : databases) {
+        QJsonObject database = value.toObject();
+        if (database.value("name") == name)
+            return database;
     }
     return {};
 }

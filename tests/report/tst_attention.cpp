@@ -141,6 +141,14 @@ void TestAttention::tellsWhatDatabasesHave_data()
                        "create view result as select id from results where id > 1"}
         << Kind::LostRows << "1 row of result is no longer shown. It is kept in results.";
 
+    const QString odd = "create table odd(x text collate nocase primary key)";
+    const QString sorting =
+        "update sqlite_master set sql = replace(sql, 'nocase', 'own') where name = 'odd'";
+    QTest::newRow("a table that only its own program can sort")
+        << "qc" << QStringList{odd, "pragma writable_schema=on", sorting}
+        << QStringList{odd, "pragma writable_schema=on", sorting} << Kind::NotCompared
+        << "The table odd was not compared: the table cannot be read: no such collation sequence: own.";
+
     QTest::newRow("gone column") << "qc" << QStringList{numbered}
                                  << QStringList{"create table t(id integer primary key, name)"}
                                  << Kind::GoneObject << "The column x of t is gone.";
@@ -339,6 +347,7 @@ void TestAttention::tellsFailures_data()
         [](Report &report) {
             TableFacts table{"t"};
             table.problem = "The table is damaged.";
+            table.damaged = true;
             report.databases[2].tables << table;
         });
 }
@@ -412,8 +421,7 @@ void TestAttention::linksToPlaces()
     for (const Attention &attention : attentionOf(report))
         anchors << attention.anchor;
 
-    QCOMPARE(anchors,
-             (QStringList{"curves", "curve-1", "table-profile-2", "objects-profile"}));
+    QCOMPARE(anchors, (QStringList{"curves", "curve-1", "table-profile-2", "objects-profile"}));
 }
 
 void TestAttention::ordersByImportance()
