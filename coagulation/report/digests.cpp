@@ -4,40 +4,36 @@
 #include "coagulation/report/filecopy.h"
 #include "coagulation/report/interruption.h"
 
-#include <QFile>
-#include <QThread>
-
 namespace coagulation::report {
 
 Digests::Digests(const QStringList &paths)
 {
     for (const QString &path : paths) {
-        files.push_back(std::make_unique<QFile>(path));
-        files.back()->open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+        files.push_back(std::make_unique<File>(path));
+        files.back()->file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
-    thread.reset(QThread::create([this] { compute(); }));
-    thread->start();
+    for (const std::unique_ptr<File> &file : files) {
+        if (file->file.isOpen())
+            threads.start([this, &file = *file] {
+                file.digest =
+                    digestOf(file.file, [this](qint64) { return !stopped && !interrupted(); });
+            });
+    }
 }
 
 Digests::~Digests()
 {
     stopped = true;
-    thread->wait();
+    threads.waitForDone();
 }
 
 QHash<QString, QByteArray> Digests::result()
 {
-    thread->wait();
+    threads.waitForDone();
+    QHash<QString, QByteArray> digests;
+    for (const std::unique_ptr<File> &file : files)
+        digests[file->file.fileName()] = file->digest;
     return digests;
-}
-
-void Digests::compute()
-{
-    for (const std::unique_ptr<QFile> &file : files) {
-        if (file->isOpen())
-            digests[file->fileName()] =
-                digestOf(*file, [this](qint64) { return !stopped && !interrupted(); });
-    }
 }
 
 void setDigests(QList<FileFacts> &files, const QHash<QString, QByteArray> &digests)

@@ -4,19 +4,19 @@
 #include "coagulation/report/facts.h"
 
 #include <QByteArray>
+#include <QFile>
 #include <QHash>
 #include <QStringList>
+#include <QThreadPool>
 
 #include <atomic>
 #include <memory>
 #include <vector>
 
-class QFile;
-class QThread;
-
 namespace coagulation::report {
 
-/// Computes digests of files in the background: for large databases that takes as long as the upgrade.
+/// Computes digests of files in the background, several at a time: for large databases that takes as long as the
+/// upgrade.
 class Digests {
 public:
     /// Opens the files and begins. They stay open as long as this lives, since a file that is closed would give
@@ -31,12 +31,18 @@ public:
     QHash<QString, QByteArray> result();
 
 private:
-    void compute();
+    struct File {
+        explicit File(const QString &path)
+            : file(path)
+        {
+        }
+        QFile file;
+        QByteArray digest{};
+    };
 
-    std::vector<std::unique_ptr<QFile>> files{};
-    QHash<QString, QByteArray> digests{};
+    std::vector<std::unique_ptr<File>> files{};
     std::atomic<bool> stopped = false;
-    std::unique_ptr<QThread> thread;
+    QThreadPool threads{};
 };
 
 /// \param digests of the paths of these files
