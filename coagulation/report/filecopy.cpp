@@ -60,12 +60,12 @@ Piece nextPiece(qint64 position, qint64 size, bool lockedBytesAreReadable)
 
 bool writeAll(QIODevice &device, const QByteArray &bytes)
 {
-    qint64 done = 0;
-    while (done < bytes.size()) {
-        const qint64 written = device.write(bytes.constData() + done, bytes.size() - done);
+    QByteArrayView rest = bytes;
+    while (!rest.isEmpty()) {
+        const qint64 written = device.write(rest.data(), rest.size());
         if (written <= 0)
             return false;
-        done += written;
+        rest = rest.sliced(written);
     }
     return true;
 }
