@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""Measures vardo against the floor that SQLite and Qt set, and the curve fits.
+"""Measures vardo against the floor that SQLite and Qt set, vardo-report against vardo, and the curve fits.
 
 The upgrades run against the sqlite3 shell, which executes the same statements; the run in which nothing
-is left to do, against the least Qt program that writes the versions again. Runs alternate, each on a
+is left to do, against the least Qt program that writes the versions again. A rehearsal runs against two copies
+and the upgrade of one of them, a comparison against the upgrade. Runs alternate, each on a
 fresh copy of the files that is on the disk and in the page cache. A run of its own measures the memory, the
 journal and the space on the disk, and checks that both programs make the same database.
 Prints a table and writes benchmarks/results.md and benchmarks/results.svg. Takes a quarter of an hour and
@@ -26,6 +27,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build/release"
 WORK = ROOT / "build/benchmark"
 VARDO = BUILD / "coagulation/vardo/vardo"
+VARDO_REPORT = BUILD / "coagulation/vardo/vardo-report"
 SHELL = ["sqlite3", "-batch", "-bail", "-init", "/dev/null"]
 SEED = 1
 MIB = 1024 * 1024
@@ -173,16 +175,20 @@ class Comparison:
             self.instructions = {name: count_instructions(command, originals)
                                  for name, command in programs.items()}
 
-        times = {name: [] for name in programs}
-        for repeat in range(repeats):
-            order = list(programs.items())
-            for name, command in order if repeat % 2 == 0 else reversed(order):
-                times[name].append(timed(command, originals))
         self.repeats = repeats
-        self.seconds = {name: statistics.median(wall for wall, _ in runs)
-                        for name, runs in times.items()}
-        self.processor = {name: statistics.median(processor for _, processor in runs)
-                          for name, runs in times.items()}
+        self.seconds, self.processor = medians(programs, originals, repeats)
+
+
+def medians(programs, originals, repeats):
+    """Returns the median seconds of each program, and those on a processor. Runs alternate."""
+    times = {name: [] for name in programs}
+    for repeat in range(repeats):
+        order = list(programs.items())
+        for name, command in order if repeat % 2 == 0 else reversed(order):
+            times[name].append(timed(command, originals))
+    return ({name: statistics.median(wall for wall, _ in runs) for name, runs in times.items()},
+            {name: statistics.median(processor for _, processor in runs)
+             for name, runs in times.items()})
 
 
 def content(database):
@@ -228,6 +234,35 @@ def compare_up_to_date(repeats):
         "vardo": [VARDO],
         "minimal": [BUILD / "benchmarks/bench_uptodate", *names],
     }, [pathlib.Path(path) for path in originals], repeats)
+
+
+class Reporting:
+    """Medians of a rehearsal and a comparison, of what a rehearsal cannot do without, and of the upgrade."""
+
+    def __init__(self, patients, repeats):
+        make(WORK / "data.db", "data_v0.sql", patients=patients, seed=SEED)
+        originals = [WORK / "data.db"]
+        before = WORK / "before"
+        after = WORK / "after"
+        for folder in (before, after):
+            shutil.rmtree(folder, ignore_errors=True)
+            folder.mkdir()
+            shutil.copy(originals[0], folder)
+        subprocess.run([VARDO, "upgrade.log"], cwd=after, check=True)
+
+        (WORK / "copies").mkdir(exist_ok=True)
+        os.environ["TMPDIR"] = str(WORK / "copies")  # on the same disk
+        programs = {
+            "rehearse": [VARDO_REPORT, "rehearse", "--quiet"],
+            "alone": ["sh", "-c", f"mkdir before && cp data.db before && {VARDO}"],
+            "compare": [VARDO_REPORT, "compare", before, after, "--quiet"],
+            "upgrade": [VARDO],
+        }
+        self.memory = {name: Observation(programs[name], originals).memory
+                       for name in ("rehearse", "compare")}
+        self.repeats = repeats
+        self.seconds, self.processor = medians(programs, originals, repeats)
+        del os.environ["TMPDIR"]
 
 
 def fits():
@@ -277,6 +312,21 @@ def up_to_date_rows(comparison):
              f"{processor['vardo'] / processor['minimal']:.3f}",
              *instruction_texts(comparison, "minimal"), f"{memory['vardo'] / MIB:.1f}",
              f"{memory['minimal'] / MIB:.1f}"]]
+
+
+def reporting_rows(measurements):
+    """Returns the table of rehearsals and comparisons, of (patients, measurement)."""
+    rows = [["patients", "runs", "rehearse s", "copy and upgrade s", "ratio", "compare s", "upgrade s",
+             "ratio", "rehearse MiB", "compare MiB"]]
+    for patients, measured in measurements:
+        seconds = measured.seconds
+        rows.append([
+            f"{patients:,}", str(measured.repeats), f"{seconds['rehearse']:.2f}",
+            f"{seconds['alone']:.2f}", f"{seconds['rehearse'] / seconds['alone']:.3f}",
+            f"{seconds['compare']:.2f}", f"{seconds['upgrade']:.2f}",
+            f"{seconds['compare'] / seconds['upgrade']:.3f}",
+            f"{measured.memory['rehearse'] / MIB:.1f}", f"{measured.memory['compare'] / MIB:.1f}"])
+    return rows
 
 
 def table(rows):
@@ -334,11 +384,23 @@ version 2 to 3, by target values.
 Against a Qt program that opens the same files and writes each version again in one transaction.
 
 {up_to_date}
+## Rehearsal and comparison
+
+{reporting}
 ## Curve fits per second
 
 Curves of 7 points with 1 % noise, on one core.
 
 {fits}"""
+
+REPORTING = """`vardo-report` on the data database, version 0 to 12, by patients (5 results and 3 curves each). A rehearsal
+copies the database twice, upgrades one copy and compares both. `copy and upgrade` is the least of it: one copy
+and the upgrade by `vardo`. A comparison reads both files, and stands beside the upgrade that made the second
+one.
+
+Measured on {date}.
+
+{rows}"""
 
 PLOT = """
 set terminal svg size 900,380 background "white"
@@ -374,15 +436,35 @@ def plot(upgrades, output):
     subprocess.run(["gnuplot"], input=data + PLOT.format(output=output), text=True, check=True)
 
 
+def replace_section(path, title, text):
+    """Replaces what stands below a heading of the second level, up to the next one."""
+    begin, heading, rest = path.read_text().partition(f"## {title}\n")
+    end = rest.find("\n## ")
+    path.write_text(f"{begin}{heading}\n{text}{rest[end:]}")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--quick", action="store_true",
                         help="small databases, to try the script; writes to build/benchmark")
-    quick = parser.parse_args().quick
+    parser.add_argument("--report", action="store_true",
+                        help="rehearsal and comparison only: a section of benchmarks/results.md")
+    arguments = parser.parse_args()
+    quick = arguments.quick
 
     shutil.rmtree(WORK, ignore_errors=True)
     WORK.mkdir(parents=True)
+
+    reporting_runs = {1_000: 3} if quick else {100_000: 9, 1_000_000: 3}
+    measured = [(patients, Reporting(patients, runs)) for patients, runs in reporting_runs.items()]
+    reporting = REPORTING.format(date=datetime.date.today(), rows=table(reporting_rows(measured)))
+    if arguments.report:
+        results = (WORK if quick else ROOT / "benchmarks") / "results.md"
+        if results.exists():
+            replace_section(results, "Rehearsal and comparison", reporting)
+        print(reporting)
+        return
 
     data_runs = {1_000: 5, 10_000: 5} if quick else {10_000: 41, 100_000: 21, 1_000_000: 7}
     qc_runs = {10_000: 5} if quick else {1_000_000: 9}
@@ -395,7 +477,7 @@ def main():
     report = REPORT.format(
         options=" --quick" if quick else "", date=datetime.date.today(), machine=machine(),
         upgrades=table(upgrade_rows(by_patients + by_targets)),
-        up_to_date=table(up_to_date_rows(up_to_date)),
+        up_to_date=table(up_to_date_rows(up_to_date)), reporting=reporting,
         fits=table([["method", "fits/s"], *([name, f"{rate:,.0f}"] for name, rate in fits().items())]))
     (output / "results.md").write_text(report)
     plot(by_patients, output / "results.svg")

@@ -359,7 +359,7 @@ void TestAttention::tellsFailures()
     QFETCH(QString, clause);
 
     QCOMPARE(textsOf(report), texts);
-    QCOMPARE(attentionOf(report).first().kind, Kind::Failure);
+    QCOMPARE(attentionOf(report).constFirst().kind, Kind::Failure);
     QCOMPARE(verdict(report), clause);
     QVERIFY(!succeeded(report));
     QVERIFY(succeeded(soundReport()));
@@ -380,7 +380,7 @@ void TestAttention::quotesTheWarningOfTheFailedStep()
         (QStringList{
             "The upgrade of the data database failed: the step update_v8() failed. The log says: the cause",
             "of another database", "early"}));
-    QCOMPARE(attentionOf(report).first().anchor, "log-5");
+    QCOMPARE(attentionOf(report).constFirst().anchor, "log-5");
 }
 
 void TestAttention::tellsWarnings()
@@ -390,8 +390,8 @@ void TestAttention::tellsWarnings()
                   {"Warning: Left 5 values of result.extra behind", {}, true}};
 
     QCOMPARE(textsOf(report), QStringList{"Left 5 values of result.extra behind"});
-    QCOMPARE(attentionOf(report).first().kind, Kind::Warning);
-    QCOMPARE(attentionOf(report).first().anchor, "log-2");
+    QCOMPARE(attentionOf(report).constFirst().kind, Kind::Warning);
+    QCOMPARE(attentionOf(report).constFirst().anchor, "log-2");
 }
 
 void TestAttention::shortensManySentences()
