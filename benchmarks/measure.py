@@ -436,11 +436,15 @@ def plot(upgrades, output):
     subprocess.run(["gnuplot"], input=data + PLOT.format(output=output), text=True, check=True)
 
 
-def replace_section(path, title, text):
-    """Replaces what stands below a heading of the second level, up to the next one."""
-    begin, heading, rest = path.read_text().partition(f"## {title}\n")
-    end = rest.find("\n## ")
-    path.write_text(f"{begin}{heading}\n{text}{rest[end:]}")
+def replace_section(path, title, text, following):
+    """Replaces what stands below a heading of the second level, or adds it before the following heading."""
+    before, heading, rest = path.read_text().partition(f"## {title}\n")
+    if heading:
+        rest = rest[rest.find(f"## {following}"):]
+    else:
+        before, heading, rest = path.read_text().partition(f"## {following}")
+        rest = heading + rest
+    path.write_text(f"{before}## {title}\n\n{text}\n{rest}")
 
 
 def main():
@@ -462,7 +466,8 @@ def main():
     if arguments.report:
         results = (WORK if quick else ROOT / "benchmarks") / "results.md"
         if results.exists():
-            replace_section(results, "Rehearsal and comparison", reporting)
+            replace_section(results, "Rehearsal and comparison", reporting,
+                            "Curve fits per second")
         print(reporting)
         return
 
