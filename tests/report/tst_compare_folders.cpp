@@ -188,8 +188,6 @@ void TestCompareFolders::refusesWhatItCannotRead_data()
     QTest::newRow("another log") << QStringList{"compare", ".", ".", "--log", another}
                                  << another.toUtf8() + " holds no run of vardo on these databases.";
 }
-<< QByteArray(VARDO_REPORT " holds no run of vardo on these databases.");
-}
 
 void TestCompareFolders::refusesWhatItCannotRead()
 {
