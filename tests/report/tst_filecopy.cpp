@@ -3,6 +3,7 @@
 
 #include "coagulation/report/filecopy.h"
 #include "coagulation/report/snapshot.h"
+#include "testfiles.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -18,19 +19,6 @@ namespace {
 bool countNothing(qint64 /*bytes*/)
 {
     return true;
-}
-
-QByteArray bytesOfFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
-}
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
 }
 
 } // namespace
@@ -61,7 +49,7 @@ void TestFileCopy::init()
 
 void TestFileCopy::countsTheBytes()
 {
-    write(original(), QByteArray(2'500'000, 'x')); // of three pieces
+    writeFile(original(), QByteArray(2'500'000, 'x')); // of three pieces
     QFile file(original());
     QVERIFY(file.open(QIODevice::ReadOnly));
     QList<qint64> counted;
@@ -79,22 +67,22 @@ void TestFileCopy::countsTheBytes()
 void TestFileCopy::makesASecondCopy()
 {
     for (const char *ending : {"", "-journal", "-wal"})
-        write(original() + ending, QByteArray("content ") + ending);
+        writeFile(original() + ending, QByteArray("content ") + ending);
 
     const QString copy = folder->filePath("copy.db");
 
     QCOMPARE(copySnapshot(original(), copy, countNothing), QString());
 
     for (const char *ending : {"", "-journal", "-wal"})
-        QCOMPARE(bytesOfFile(copy + ending), bytesOfFile(original() + ending));
+        QCOMPARE(fileBytes(copy + ending), fileBytes(original() + ending));
 }
 
 void TestFileCopy::findsTheFilesOfADatabase()
 {
     QCOMPARE(filesOf(original()), QStringList());
-    write(original() + "-wal", "log");
+    writeFile(original() + "-wal", "log");
     QCOMPARE(filesOf(original()), QStringList()); // it belongs to no database
-    write(original(), "database");
+    writeFile(original(), "database");
 
     QCOMPARE(filesOf(original()), QStringList({original(), original() + "-wal"}));
     QCOMPARE(bytesOf(original()), 11);
@@ -140,7 +128,7 @@ void TestFileCopy::skipsTheLockedBytes()
 void TestFileCopy::readsAllOfAFile()
 {
     const QByteArray bytes = QByteArray("0123456789").repeated(300'000); // of three pieces
-    write(original(), bytes);
+    writeFile(original(), bytes);
     QFile file(original());
     QVERIFY(file.open(QIODevice::ReadOnly));
 

@@ -5,6 +5,7 @@
 #include "testdatabase.h"
 
 #include "coagulation/report/snapshot.h"
+#include "testfiles.h"
 
 #include <QCryptographicHash>
 #include <QDeadlineTimer>
@@ -43,19 +44,6 @@ bool countNothing(qint64 /*bytes*/)
     return true;
 }
 
-QByteArray bytesOfFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
-}
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
-}
-
 /// \return names, sizes and digests of a folder's files, but for the index of a write-ahead log, which is made
 ///         anew whenever nobody has it
 QStringList filesIn(const QString &folder)
@@ -64,7 +52,7 @@ QStringList filesIn(const QString &folder)
     for (const QFileInfo &file : QDir(folder).entryInfoList(QDir::Files, QDir::Name)) {
         if (file.fileName().endsWith("-shm"))
             continue;
-        const QByteArray bytes = bytesOfFile(file.filePath());
+        const QByteArray bytes = fileBytes(file.filePath());
         files << QString("%1 %2 %3")
                      .arg(file.fileName(), QString::number(bytes.size()),
                           QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex());
@@ -180,7 +168,7 @@ void TestSnapshot::copiesADatabase()
     QCOMPARE(snapshot.problem, QString());
     QCOMPARE(snapshot.state, Snapshot::State::Copied);
     QCOMPARE(valuesIn(copy()), state(0));
-    QCOMPARE(bytesOfFile(copy()), bytesOfFile(original()));
+    QCOMPARE(fileBytes(copy()), fileBytes(original()));
     QCOMPARE(filesIn(originals->path()), filesBefore);
     QCOMPARE(QDir(originals->path()).entryList(QDir::Files), before);
 }
@@ -336,7 +324,7 @@ void TestSnapshot::copiesWhatWasCommitted()
     for (int value = 1; value <= 20'000; ++value)
         transactions += "begin immediate; update number set value = " + QByteArray::number(value)
             + "; commit;\n" + pause;
-    write(copies->filePath("transactions"), transactions);
+    writeFile(copies->filePath("transactions"), transactions);
     writer.ask(".read '" + copies->filePath("transactions").toUtf8() + "'\n");
 
     QSet<QStringList> states;
@@ -481,9 +469,9 @@ void TestSnapshot::copiesWhatSqliteCannotRead_data()
 void TestSnapshot::copiesWhatSqliteCannotRead()
 {
     QFETCH(QByteArray, bytes);
-    write(original(), bytes);
-    write(original() + "-journal", "a journal");
-    write(original() + "-wal", "a log");
+    writeFile(original(), bytes);
+    writeFile(original() + "-journal", "a journal");
+    writeFile(original() + "-wal", "a log");
     const QStringList before = filesIn(originals->path());
 
     const Snapshot snapshot = take();
@@ -552,12 +540,12 @@ void TestSnapshot::stopsWhenAskedTo()
 void TestSnapshot::overwritesNothing()
 {
     makeDatabase("delete");
-    write(copy(), "precious");
+    writeFile(copy(), "precious");
 
     const Snapshot snapshot = take();
 
     QCOMPARE(snapshot.state, Snapshot::State::NotWritten);
-    QCOMPARE(bytesOfFile(copy()), QByteArray("precious"));
+    QCOMPARE(fileBytes(copy()), QByteArray("precious"));
 }
 
 QTEST_GUILESS_MAIN(TestSnapshot)

@@ -5,6 +5,7 @@
 #include "expectedsteps.h"
 #include "olddatabases.h"
 #include "profilesteps.h"
+#include "testfiles.h"
 #include "wine.h"
 
 #include <QTest>
@@ -24,19 +25,6 @@ void makeDatabase(const QString &path, const QString &name, int version,
     database.execute(changes);
     if (!QDir().mkpath(QFileInfo(path).path()) || !QFile::copy(database.path(), path))
         qFatal("%s cannot be made", qUtf8Printable(path));
-}
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
-}
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
 }
 
 /// \return statements that add 200 curves to the oldest profile database, all to be fitted
@@ -224,7 +212,7 @@ void TestWindowsSame::takesTheSameCommandLines()
 {
     QFETCH(QStringList, arguments);
     QFETCH(int, exitCode);
-    write(tools->path("-x"), "which -? and -* are patterns of");
+    writeFile(tools->path("-x"), "which -? and -* are patterns of");
 
     tools->compare({.arguments = arguments});
 
@@ -348,12 +336,12 @@ void TestWindowsSame::skipsAndAppendsInTheNextRun()
         makeDatabase(tools->path(name + ".db"), name, 0);
     tools->compare({.arguments = {"log.txt"}});
     // the line ends of the run before stay what they are
-    write(tools->path("log.txt"), asOnLinux(read(tools->path("log.txt"))));
+    writeFile(tools->path("log.txt"), asOnLinux(fileBytes(tools->path("log.txt"))));
 
     tools->compare({.arguments = {"log.txt"}});
 
     QCOMPARE(tools->exitCode(), 0);
-    QCOMPARE(QString(read(tools->path("log.txt"))).count(": SKIP"), numberOfSteps());
+    QCOMPARE(QString(fileBytes(tools->path("log.txt"))).count(": SKIP"), numberOfSteps());
 }
 
 void TestWindowsSame::leavesWhatIsNoSoundDatabase_data()
@@ -384,12 +372,12 @@ void TestWindowsSame::leavesWhatIsNoSoundDatabase()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(int, exitCode);
-    write(tools->path("syslog.db"), bytes);
+    writeFile(tools->path("syslog.db"), bytes);
 
     tools->compare({});
 
     QCOMPARE(tools->exitCode(), exitCode);
-    QCOMPARE(read(tools->path("syslog.db")), bytes);
+    QCOMPARE(fileBytes(tools->path("syslog.db")), bytes);
 }
 
 void TestWindowsSame::reportsStatementsThatFail_data()
@@ -438,7 +426,7 @@ void TestWindowsSame::reportsStatementsThatFail()
     tools->compare({.arguments = {"log.txt"}});
 
     QCOMPARE(tools->exitCode(), exitCode);
-    const QByteArray log = read(tools->path("log.txt"));
+    const QByteArray log = fileBytes(tools->path("log.txt"));
     QVERIFY2(log.contains("coagulation/vardo/update") || log.contains(": FAIL"), log.constData());
 }
 
@@ -505,7 +493,7 @@ void TestWindowsSame::endsLinesAsTheSystemDoes()
 
     QVERIFY2(endsAllLines(usage), usage.constData());
     QVERIFY2(endsAllLines(errors), errors.constData());
-    const QByteArray log = read(tools->path("log.txt"));
+    const QByteArray log = fileBytes(tools->path("log.txt"));
     QVERIFY2(endsAllLines(log), log.constData());
 }
 
