@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/report/filecopy.h"
 
-#include <QCryptographicHash>
+#include "coagulation/report/sha256.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -96,14 +97,14 @@ CopyResult copyFile(QFile &source, const QString &target, const BytesRead &progr
 
 QByteArray digestOf(QFile &file, const BytesRead &progress)
 {
-    QCryptographicHash hash(QCryptographicHash::Sha256);
+    Sha256 hash;
     bool complete = true;
     const bool read = readThrough(file, [&](const QByteArray &bytes) {
-        hash.addData(bytes);
+        hash.add(bytes);
         complete = progress(bytes.size());
         return complete;
     });
-    return read && complete ? hash.result().toHex() : QByteArray();
+    return read && complete ? hash.result() : QByteArray();
 }
 
 } // namespace coagulation::report

@@ -185,9 +185,9 @@ void TableComparison::countMeetings()
         rowsAfter = countRows(pair.after);
     else
         questions.ask(
-            // SQLite jumps over the rest of a condition in "case", and computes all of it elsewhere.
+            // SQLite jumps over the rest of a condition in "filter", and computes all of it elsewhere.
             QString("select count(*), count(b.%1),"
-                    " count(case when b.%1 is not null and %2 then 1 end)"
+                    " count(*) filter (where b.%1 is not null and %2)"
                     " from %3 as a left join %4 as b on %5")
                 .arg(pair.key.first().before, differsInAny(pair.columns), pair.after.quotedName(),
                      pair.before.quotedName(), pair.meeting()),
@@ -282,8 +282,8 @@ void TableComparison::countChangedColumns()
             pair.columns.sliced(first, std::min(atOnce, pair.columns.size() - first));
         QStringList sums;
         for (const CommonColumn &column : columns)
-            sums << QString("count(case when %1 then 1 end)").arg(differs(column))
-                 << QString("count(case when %1 and %2 then 1 end)")
+            sums << QString("count(*) filter (where %1)").arg(differs(column))
+                 << QString("count(*) filter (where %1 and %2)")
                         .arg(differs(column), isOverwritten(column));
         questions.ask(QString("select %1 from %2").arg(sums.join(", "), pair.joined()), {},
                       [&](const QSqlQuery &row) {

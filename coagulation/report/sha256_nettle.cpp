@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "coagulation/report/sha256.h"
+
+#include <nettle/sha2.h>
+
+#include <array>
+
+namespace coagulation::report {
+
+struct Sha256::State {
+    sha256_ctx hash{};
+};
+
+Sha256::Sha256()
+    : state(std::make_unique<State>())
+{
+    sha256_init(&state->hash);
+}
+
+Sha256::~Sha256() = default;
+
+void Sha256::add(const QByteArray &bytes)
+{
+    sha256_update(&state->hash, static_cast<std::size_t>(bytes.size()),
+                  reinterpret_cast<const std::uint8_t *>(bytes.constData()));
+}
+
+QByteArray Sha256::result()
+{
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
+    sha256_digest(&state->hash, digest.size(), digest.data());
+    return QByteArray(reinterpret_cast<const char *>(digest.data()), digest.size()).toHex();
+}
+
+} // namespace coagulation::report
