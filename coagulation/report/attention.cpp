@@ -168,7 +168,8 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
     static const QRegularExpression unmoved(R"(^(.+)_unmoved\d*$)",
                                             QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch match = unmoved.match(table.name);
-    if (match.hasMatch() && table.rowsAfter.value_or(0) > 0)
+    const bool keepsMore = table.rowsAfter.value_or(0) > table.rowsBefore.value_or(0);
+    if (match.hasMatch() && keepsMore) // otherwise an earlier upgrade did not move them
         add(Kind::LostRows,
             QString("%1 of %2 did not arrive in its new layout. %3 keeps them,"
                     " and the analyser software does not see them.")

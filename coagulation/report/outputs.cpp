@@ -36,8 +36,12 @@ QStringList inputsOf(const CommandLine &command)
     QStringList inputs{command.log};
     for (const QString &folder : folders) {
         for (const QString &database : databases()) {
-            for (const char *ending : {"", "-journal", "-wal", "-shm"})
-                inputs << folder + command.names.fileName(database) + ending;
+            const QString path = folder + command.names.fileName(database);
+            // SQLite's files stand beside a linked database, not beside the link.
+            for (const QString &file : {path, QFileInfo(path).canonicalFilePath()}) {
+                for (const char *ending : {"", "-journal", "-wal", "-shm"})
+                    inputs << (file.isEmpty() ? file : file + ending);
+            }
         }
     }
     return inputs;

@@ -232,6 +232,10 @@ void TestAttention::isSilentOtherwise_data()
                               << QStringList{"create table t(x)", "insert into t values(1)"};
     QTest::newRow("an empty table of rows that were not moved")
         << "data" << QStringList{} << QStringList{"create table result_unmoved(id)"};
+    QTest::newRow("rows that an earlier upgrade did not move")
+        << "data"
+        << QStringList{"create table result_unmoved(id)", "insert into result_unmoved values(1)"}
+        << QStringList{"create table result_unmoved(id)", "insert into result_unmoved values(1)"};
     QTest::newRow("indexes that the steps drop")
         << "data" << QStringList{"create table t(x)", "create index result_index on t(x)"}
         << QStringList{"create table t(x)"};

@@ -8,7 +8,9 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -66,6 +68,7 @@ private slots:
     void writesNoReportItCannotWrite_data();
     void writesNoReportItCannotWrite();
     void refusesToOverwriteADatabase();
+    void refusesToOverwriteTheLogOfALinkedDatabase();
     void showsPatientsOnlyWhenAskedTo();
     void showsPlainProgress();
     void showsNothingWithQuiet();
@@ -298,6 +301,23 @@ void TestRehearse::refusesToOverwriteADatabase()
     QCOMPARE(run.exitCode, 2);
     QCOMPARE(run.errors, message(path("qc.db") + " would be overwritten.\n"));
     QCOMPARE(laboratory->files(), before);
+}
+
+void TestRehearse::refusesToOverwriteTheLogOfALinkedDatabase()
+{
+#ifdef Q_OS_UNIX
+    const QTemporaryDir elsewhere;
+    const QString database = QFileInfo(elsewhere.path()).canonicalFilePath() + "/moved.db";
+    QVERIFY(QFile::rename(path("qc.db"), database));
+    QVERIFY(QFile::link(database, path("qc.db")));
+
+    const ToolRun run = laboratory->run(laboratory->rehearsal({"-o", database + "-wal"}));
+
+    QCOMPARE(run.exitCode, 2);
+    QCOMPARE(run.errors, message(database + "-wal would be overwritten.\n"));
+#else
+    QSKIP("QFile makes no link that SQLite follows");
+#endif
 }
 
 void TestRehearse::showsPatientsOnlyWhenAskedTo()
