@@ -8,6 +8,7 @@
 #include "corruption.h"
 #include "expectedsteps.h"
 #include "olddatabases.h"
+#include "testfiles.h"
 #include "toolrun.h"
 
 #include <QDir>
@@ -224,13 +225,6 @@ QByteArray read(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
-}
-
 /// The files of a database.
 struct Files {
     QByteArray database;
@@ -243,9 +237,9 @@ struct Files {
 
     void writeTo(const QString &path) const
     {
-        write(path, database);
+        writeFile(path, database);
         if (!leftover.isEmpty())
-            write(path + leftoverSuffix, leftover);
+            writeFile(path + leftoverSuffix, leftover);
     }
 };
 

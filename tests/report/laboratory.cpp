@@ -3,6 +3,7 @@
 
 #include "olddatabases.h"
 #include "testdatabase.h"
+#include "testfiles.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -14,12 +15,6 @@
 namespace {
 
 const QStringList names{"profile", "data", "qc", "syslog"};
-
-QByteArray bytesOfFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
-}
 
 /// \return the path of a sample, which is made once
 QString sampleOf(const QString &name)
@@ -53,7 +48,7 @@ QStringList Laboratory::filesIn(const QString &path)
     QStringList files;
     for (const QFileInfo &file : QDir(path).entryInfoList(QDir::Files, QDir::Name)) {
         const QByteArray digest =
-            QCryptographicHash::hash(bytesOfFile(file.filePath()), QCryptographicHash::Sha1);
+            QCryptographicHash::hash(fileBytes(file.filePath()), QCryptographicHash::Sha1);
         if (!file.fileName().endsWith("-shm"))
             files << file.fileName() + ' ' + digest.toHex();
     }
@@ -84,12 +79,12 @@ QStringList Laboratory::rehearsal(const QStringList &more) const
 
 QJsonObject Laboratory::facts() const
 {
-    return QJsonDocument::fromJson(bytesOfFile(result("facts.json"))).object();
+    return QJsonDocument::fromJson(fileBytes(result("facts.json"))).object();
 }
 
 QByteArray Laboratory::pageText() const
 {
-    return bytesOfFile(page());
+    return fileBytes(page());
 }
 
 QStringList Laboratory::temporaryFiles() const

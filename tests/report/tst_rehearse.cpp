@@ -4,6 +4,7 @@
 #include "laboratory.h"
 #include "platform.h"
 #include "testdatabase.h"
+#include "testfiles.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -22,19 +23,6 @@
 #endif
 
 namespace {
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
-}
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
-}
 
 /// \return a part of the error of each run with this message
 QByteArray message(const QString &text)
@@ -117,7 +105,7 @@ void TestRehearse::writesTheReportWhereItIsAskedTo()
     const ToolRun run = laboratory->run(laboratory->rehearsal({"-o", page}));
 
     QCOMPARE(QString::fromUtf8(run.output), page + '\n');
-    QVERIFY(read(page).contains("</html>"));
+    QVERIFY(fileBytes(page).contains("</html>"));
     QVERIFY(!QFile::exists(laboratory->page()));
 }
 
@@ -171,7 +159,7 @@ void TestRehearse::recordsTheOriginals()
     laboratory->run(laboratory->rehearsal());
 
     const QJsonObject file = databaseIn(laboratory->facts(), "qc")["filesBefore"][0].toObject();
-    const QByteArray bytes = read(path("qc.db"));
+    const QByteArray bytes = fileBytes(path("qc.db"));
     QCOMPARE(file["bytes"], bytes.size());
     QCOMPARE(file["sha256"],
              QString(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex()));
@@ -242,7 +230,7 @@ void TestRehearse::refusesAFolderForCopies()
     QFETCH(QString, folder);
     QFETCH(QString, problem);
     QVERIFY(QDir().mkpath(laboratory->result("full")));
-    write(laboratory->result("full/file"), "precious");
+    writeFile(laboratory->result("full/file"), "precious");
 
     const ToolRun run =
         laboratory->run(laboratory->rehearsal({"--keep", laboratory->result(folder)}));
@@ -281,7 +269,7 @@ void TestRehearse::writesNoReportItCannotWrite_data()
 void TestRehearse::writesNoReportItCannotWrite()
 {
     QFETCH(QStringList, arguments);
-    write(laboratory->page(), "the report of yesterday");
+    writeFile(laboratory->page(), "the report of yesterday");
 
     const ToolRun run = runTool(laboratory->command(laboratory->rehearsal(arguments)));
 

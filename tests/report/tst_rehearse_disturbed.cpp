@@ -5,6 +5,7 @@
 #include "laboratory.h"
 #include "otherprogram.h"
 #include "testdatabase.h"
+#include "testfiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,17 +13,6 @@
 #include <QThread>
 
 #include <memory>
-
-namespace {
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
-}
-
-} // namespace
 
 class TestRehearseDisturbed : public QObject {
     Q_OBJECT
@@ -153,7 +143,7 @@ void TestRehearseDisturbed::reportsAFailure_data()
 void TestRehearseDisturbed::reportsAFailure()
 {
     QFETCH(QByteArray, bytes);
-    write(path("qc.db"), bytes);
+    writeFile(path("qc.db"), bytes);
     const QStringList before = laboratory->files();
 
     const ToolRun run = laboratory->run(laboratory->rehearsal());
@@ -243,7 +233,7 @@ void TestRehearseDisturbed::reportsThatVardoWasKilled()
     const QString programs = laboratory->result("programs");
     QVERIFY(QDir().mkpath(programs));
     QVERIFY(QFile::copy(VARDO_REPORT, programs + "/vardo-report"));
-    write(programs + "/vardo", "#!/bin/sh\nkill -9 $$\n");
+    writeFile(programs + "/vardo", "#!/bin/sh\nkill -9 $$\n");
     QVERIFY(QFile::setPermissions(programs + "/vardo", QFile::ReadOwner | QFile::ExeOwner));
     ToolCommand command = laboratory->command(laboratory->rehearsal({"--json", "facts.json"}));
     command.program = programs + "/vardo-report";

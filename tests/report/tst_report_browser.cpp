@@ -5,6 +5,7 @@
 #include "parsedpage.h"
 #include "samplereport.h"
 #include "testdatabase.h"
+#include "testfiles.h"
 #include "toolrun.h"
 
 #include <QProcess>
@@ -17,13 +18,6 @@ using namespace coagulation::report;
 
 namespace {
 
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
-}
-
 /// \return the page of the program itself, for samples of the oldest version
 QByteArray pageOfSamples()
 {
@@ -31,7 +25,7 @@ QByteArray pageOfSamples()
     for (const QString &name : QStringList{"profile", "data", "qc", "syslog"}) {
         const TestDatabase sample(name + ".db");
         sample.load(name + "_v0.sql");
-        write(folder.filePath(name + ".db"), sample.bytes());
+        writeFile(folder.filePath(name + ".db"), sample.bytes());
     }
     const QString report = folder.filePath("report.html");
     const ToolRun run =
@@ -98,7 +92,7 @@ struct Widths {
 /// Opens the page of a folder in a window of some width.
 Widths widthsOf(const QString &browser, const QTemporaryDir &folder, int window)
 {
-    write(folder.filePath("frame.html"), framed(window));
+    writeFile(folder.filePath("frame.html"), framed(window));
     const Shown shown = show(browser, folder.filePath("frame.html"));
     static const QRegularExpression found(R"(found (\d+) (\d+) (\d+) found)");
     const QRegularExpressionMatch match = found.match(QString::fromUtf8(shown.dom));
@@ -160,7 +154,7 @@ void TestReportBrowser::neverScrollsSideways_data()
 void TestReportBrowser::neverScrollsSideways()
 {
     QFETCH(QByteArray, page);
-    write(folder.filePath("page.html"), page);
+    writeFile(folder.filePath("page.html"), page);
 
     for (const int window : {400, 1'400}) {
         const Widths widths = widthsOf(browser, folder, window);
@@ -180,7 +174,7 @@ void TestReportBrowser::saysNothingOnTheConsole_data()
 void TestReportBrowser::saysNothingOnTheConsole()
 {
     QFETCH(QByteArray, page);
-    write(folder.filePath("page.html"), page);
+    writeFile(folder.filePath("page.html"), page);
 
     const Shown shown = show(browser, folder.filePath("page.html"));
 
@@ -191,7 +185,7 @@ void TestReportBrowser::saysNothingOnTheConsole()
 /// Otherwise the tests above would pass whatever a page does.
 void TestReportBrowser::wouldNoticeWidthAndMessages()
 {
-    write(folder.filePath("page.html"), R"(<!DOCTYPE html><title>Wide</title>
+    writeFile(folder.filePath("page.html"), R"(<!DOCTYPE html><title>Wide</title>
 <details><summary>More</summary><div style="width: 2000px">wide</div></details>
 <script>console.error('a message')</script>)");
 

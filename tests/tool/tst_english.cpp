@@ -3,6 +3,7 @@
 
 #include "platform.h"
 #include "testdatabase.h"
+#include "testfiles.h"
 #include "toolrun.h"
 
 #include <QDir>
@@ -62,12 +63,6 @@ const QList<Text> texts{
     code("PT-S", "凝血酶原时间", "凝血酶原时间"),
 };
 
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
-}
-
 } // namespace
 
 class TestEnglish : public QObject {
@@ -96,8 +91,8 @@ void TestEnglish::hasEveryLabel()
 
     QVERIFY2(lupdate.waitForFinished() && lupdate.exitCode() == 0,
              lupdate.readAllStandardError().constData());
-    QCOMPARE(read(updated), read(current));
-    QVERIFY(!read(current).contains("unfinished"));
+    QCOMPARE(fileBytes(updated), fileBytes(current));
+    QVERIFY(!fileBytes(current).contains("unfinished"));
 }
 
 void TestEnglish::decidesTheTexts_data()
