@@ -27,6 +27,15 @@ QStringList outputsOf(const CommandLine &command)
     return outputs;
 }
 
+/// \return the database and what SQLite may have beside it
+QStringList withCompanions(const QString &database)
+{
+    QStringList files;
+    for (const char *ending : {"", "-journal", "-wal", "-shm"})
+        files << database + ending;
+    return files;
+}
+
 /// \return what the program reads, and must not write
 QStringList inputsOf(const CommandLine &command)
 {
@@ -35,13 +44,12 @@ QStringList inputsOf(const CommandLine &command)
         : QStringList{command.before + '/', command.after + '/'};
     QStringList inputs{command.log};
     for (const QString &folder : folders) {
-        for (const QString &database : databases()) {
-            const QString path = folder + command.names.fileName(database);
-            // SQLite's files stand beside a linked database, not beside the link.
-            for (const QString &file : {path, QFileInfo(path).canonicalFilePath()}) {
-                for (const char *ending : {"", "-journal", "-wal", "-shm"})
-                    inputs << (file.isEmpty() ? file : file + ending);
-            }
+        for (const QString &name : databases()) {
+            const QString database = folder + command.names.fileName(name);
+            inputs << withCompanions(database);
+            // The companions of a linked database stand beside the file, not beside the link.
+            if (const QFileInfo info(database); info.isSymLink() && info.exists())
+                inputs << withCompanions(info.canonicalFilePath());
         }
     }
     return inputs;
