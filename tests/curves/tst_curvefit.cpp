@@ -104,6 +104,7 @@ private slots:
     void leveragesSumToTheNumberOfCoefficients();
 };
 
+/// Shows: CUR-5
 void TestCurveFit::agreesWithACertifiedLine()
 {
     // NIST Statistical Reference Datasets, linear regression, Norris
@@ -125,6 +126,7 @@ void TestCurveFit::agreesWithACertifiedLine()
     QVERIFY(sharedDigits(fit.correlation * fit.correlation, 0.999993745883712) >= 9.0);
 }
 
+/// Shows: CUR-5
 void TestCurveFit::agreesWithAPublishedDoseResponse()
 {
     // Root length of ryegrass under ferulic acid: Inderjit, Streibig and Olofsdotter, Physiologia
@@ -300,6 +302,7 @@ void TestCurveFit::doesNotConvergeWithoutARise()
     QVERIFY(!fitLogistic(x, y).converged);
 }
 
+/// Shows: CUR-7
 void TestCurveFit::doesNotConvergeBesideABetterStep()
 {
     // There is a minimum with a sum of 413, at a = 61, b = 1.3, c = 12, d = 13. But a step between the

@@ -266,6 +266,7 @@ private slots:
     void agreesWithADenseSearch();
 };
 
+/// Shows: CUR-5
 void TestLeastMinimum::agreesWithADenseSearch()
 {
     Random random(2);

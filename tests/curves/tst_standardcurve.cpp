@@ -330,6 +330,7 @@ void TestStandardCurve::givesAnExactCurveBack_data()
     }
 }
 
+/// Shows: CUR-5
 void TestStandardCurve::givesAnExactCurveBack()
 {
     QFETCH(RegressionMethod, method);
@@ -444,6 +445,7 @@ void TestStandardCurve::leavesEverythingOfAnUnknownMethod_data()
         QTest::addRow("%d", method) << method;
 }
 
+/// Shows: CUR-6
 void TestStandardCurve::leavesEverythingOfAnUnknownMethod()
 {
     QFETCH(int, method);
@@ -511,6 +513,7 @@ void TestStandardCurve::isValidFromTheLeastCorrelationOn_data()
     }
 }
 
+/// Shows: CUR-7
 void TestStandardCurve::isValidFromTheLeastCorrelationOn()
 {
     QFETCH(RegressionMethod, method);
@@ -561,6 +564,7 @@ void TestStandardCurve::isInvalidWhenItCannotBeTrusted_data()
         << RegressionMethod::Logistic4 << Values{1, 2, 4, 8, 16, 32} << Values{1, 2, 4, 8, 16, 32};
 }
 
+/// Shows: CUR-7
 void TestStandardCurve::isInvalidWhenItCannotBeTrusted()
 {
     QFETCH(RegressionMethod, method);
@@ -576,6 +580,7 @@ void TestStandardCurve::isInvalidWhenItCannotBeTrusted()
     QVERIFY(!curve.isValid());
 }
 
+/// Shows: CUR-6
 void TestStandardCurve::leavesAllNumbersWhenInvalid()
 {
     StandardCurve curve(nullptr, nullptr);
@@ -631,6 +636,7 @@ void TestStandardCurve::excludesPointsWithoutATransform_data()
         << logistic << linear << log << StdPoint{3, 0, -1, 0} << true;
 }
 
+/// Shows: CUR-8
 void TestStandardCurve::excludesPointsWithoutATransform()
 {
     QFETCH(RegressionMethod, method);
@@ -660,6 +666,7 @@ void TestStandardCurve::excludesPointsWithoutATransform()
     QCOMPARE(coefficients(curve) == coefficients(without), excluded);
 }
 
+/// Shows: CUR-8
 void TestStandardCurve::flagsAnOutlier()
 {
     StandardCurve curve(nullptr, nullptr);
@@ -724,6 +731,7 @@ void TestStandardCurve::endsForAnyNumbers_data()
     QTest::newRow("pairs") << Values{1, 1, 2, 2, 3, 3, 3} << Values{1, 2, 1, 2, 1, 2, 1};
 }
 
+/// Shows: CUR-8
 void TestStandardCurve::endsForAnyNumbers()
 {
     QFETCH(Values, x);

@@ -105,6 +105,7 @@ void TestData::reachesTheNewestVersionFromEveryVersion_data()
     addVersionRows("data");
 }
 
+/// Shows: DAT-1, DAT-2
 void TestData::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
@@ -120,6 +121,7 @@ void TestData::keepsADetailOfEveryVersion_data()
         QTest::addRow("%d", version) << version;
 }
 
+/// Shows: DAT-2
 void TestData::keepsADetailOfEveryVersion()
 {
     QFETCH(int, stored);
@@ -244,6 +246,7 @@ void TestData::failsAndKeepsTheFile_data()
         << 11;
 }
 
+/// Shows: ENG-11
 void TestData::failsAndKeepsTheFile()
 {
     QFETCH(int, stored);
@@ -336,6 +339,7 @@ void TestData::ignoresAndWarnsOnce_data()
                                               << QStringList{"create index memo_index on"};
 }
 
+/// Shows: ENG-10
 void TestData::ignoresAndWarnsOnce()
 {
     QFETCH(int, stored);
@@ -345,6 +349,7 @@ void TestData::ignoresAndWarnsOnce()
     verifyUpgradeIgnores("data", stored, obstacles, failing);
 }
 
+/// Shows: DAT-4
 void TestData::copiesLookupListsByColumnName()
 {
     const TestDatabase database("data.db");
@@ -388,6 +393,7 @@ void TestData::makesEmptyTablesWithoutOldResults()
     QCOMPARE(database.comparableSchema(), referenceSchema("data"));
 }
 
+/// Shows: DAT-4
 void TestData::findsAbbreviationsInAnyCase()
 {
     const TestDatabase database("data.db");
@@ -400,6 +406,7 @@ void TestData::findsAbbreviationsInAnyCase()
     QCOMPARE(database.rows("select name from diagnosis where abbr = 'FC'"), QStringList{"'房颤'"});
 }
 
+/// Shows: DAT-5
 void TestData::cutsTimesAtTheirPoint()
 {
     const TestDatabase database("data.db");
@@ -449,6 +456,7 @@ void TestData::keepsStorageClasses()
     QCOMPARE(lists.table("sex"), QStringList({"1, '5', X'00FF'", "2, '0.5', '7'"}));
 }
 
+/// Shows: DAT-3
 void TestData::choosesTheLaterOfTwoOldResults()
 {
     const TestDatabase database("data.db");
@@ -471,6 +479,7 @@ void TestData::deletesAllOfAPatientAndNoMore_data()
     reachesTheNewestVersionFromEveryVersion_data();
 }
 
+/// Shows: DAT-7
 void TestData::deletesAllOfAPatientAndNoMore()
 {
     QFETCH(int, stored);
@@ -498,6 +507,7 @@ void TestData::showsTheOldResultsThroughTheView_data()
     reachesTheNewestVersionFromEveryVersion_data();
 }
 
+/// Shows: DAT-3
 void TestData::showsTheOldResultsThroughTheView()
 {
     QFETCH(int, stored);
@@ -516,6 +526,7 @@ void TestData::showsTheOldResultsThroughTheView()
     QCOMPARE(database.rows(query), before);
 }
 
+/// Shows: DAT-3
 void TestData::showsTheCheckedVersionOfAResult()
 {
     const TestDatabase database("data.db");
@@ -546,6 +557,7 @@ void TestData::keepsAViewThatVersion4MayHaveGot()
              QStringList{'\'' + view + '\''});
 }
 
+/// Shows: DAT-8
 void TestData::storesRequestsAsNotFinished()
 {
     const TestDatabase database("data.db");

@@ -140,6 +140,7 @@ void TestDataUnmoved::keepsATableThatCannotMove_data()
             << "Kept 2 rows of detail in detail_unmoved";
 }
 
+/// Shows: DAT-6
 void TestDataUnmoved::keepsATableThatCannotMove()
 {
     QFETCH(int, stored);
@@ -181,6 +182,7 @@ void TestDataUnmoved::changesNothingElse_data()
                          << QStringList{"results", "checkedResult", "curve", "detail"};
 }
 
+/// Shows: DAT-6
 void TestDataUnmoved::changesNothingElse()
 {
     QFETCH(QStringList, changes);
@@ -257,6 +259,7 @@ void TestDataUnmoved::takesANameThatIsFree_data()
         << QStringList{"create table result_unmoved2(id)"} << "result_unmoved";
 }
 
+/// Shows: DAT-6
 void TestDataUnmoved::takesANameThatIsFree()
 {
     QFETCH(QStringList, taken);
@@ -424,6 +427,7 @@ void TestDataUnmoved::reportsValuesThatAreLeftBehind_data()
         << QStringList{"Warning: Left 5 values of curve.size behind"};
 }
 
+/// Shows: DAT-6
 void TestDataUnmoved::reportsValuesThatAreLeftBehind()
 {
     QFETCH(int, stored);

@@ -78,6 +78,7 @@ void TestQc::reachesTheNewestVersionFromEveryVersion_data()
     addVersionRows("qc");
 }
 
+/// Shows: QC-1, QC-2
 void TestQc::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
@@ -132,6 +133,7 @@ void TestQc::failsAndKeepsTheFile_data()
         << QStringList{"insert into subsetting_new ("} << 3;
 }
 
+/// Shows: ENG-11
 void TestQc::failsAndKeepsTheFile()
 {
     QFETCH(int, stored);
@@ -185,6 +187,7 @@ void TestQc::takesTheNameOfAnIndexOnAnotherTable()
     QCOMPARE(database.comparableSchema(), referenceSchema("qc"));
 }
 
+/// Shows: QC-2
 void TestQc::fillsOnlyColumnsThatTheOldLayoutLacks()
 {
     const TestDatabase database("qc.db");
@@ -237,6 +240,7 @@ void TestQc::keepsTheStorageClassesOfTargetsAndRules()
              QStringList{"'one', 2, 3.0, X'33'"});
 }
 
+/// Shows: QC-3
 void TestQc::replacesASettingOfTheSameItemAndInstrument()
 {
     const TestDatabase database("qc.db");

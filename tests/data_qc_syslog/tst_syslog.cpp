@@ -104,6 +104,7 @@ void TestSyslog::reachesTheNewestVersionFromEveryVersion_data()
     addVersionRows("syslog");
 }
 
+/// Shows: SYS-1
 void TestSyslog::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
@@ -111,6 +112,7 @@ void TestSyslog::reachesTheNewestVersionFromEveryVersion()
     verifyUpgrade("syslog", stored, {{"version", {newestVersion}}});
 }
 
+/// Shows: SYS-1
 void TestSyslog::cutsTimesAtTheirFirstPoint()
 {
     const TestDatabase database("syslog.db");
@@ -134,6 +136,7 @@ void TestSyslog::keepsTimesBelowVersion3Only()
     QCOMPARE(database.table("assay"), before);
 }
 
+/// Shows: SYS-1
 void TestSyslog::changesNothingElse()
 {
     const TestDatabase database("syslog.db");
@@ -201,6 +204,7 @@ void TestSyslog::failsWhenMaintenanceRecordsExist_data()
     QTest::newRow("3") << versionTable(3);
 }
 
+/// Shows: ENG-11
 void TestSyslog::failsWhenMaintenanceRecordsExist()
 {
     QFETCH(QStringList, old);
@@ -238,6 +242,7 @@ void TestSyslog::failsWhenATimeCannotBeCut()
     QCOMPARE(recorder.messages().filter("Warning: ").size(), 1);
 }
 
+/// Shows: SYS-2
 void TestSyslog::neverReusesTheIdOfAMaintenanceRecord()
 {
     const TestDatabase database("syslog.db");

@@ -323,6 +323,7 @@ void TestConcurrency::waitsForALock_data()
     }
 }
 
+/// Shows: ENG-6
 void TestConcurrency::waitsForALock()
 {
     QFETCH(QString, journalMode);
@@ -402,6 +403,7 @@ void TestConcurrency::upgradesWhatALockHidAtFirst()
 }
 
 /// All kinds at once, since each run waits for seconds.
+/// Shows: ENG-6
 void TestConcurrency::givesUpAfterFiveSeconds()
 {
     std::vector<std::unique_ptr<HinderedRun>> runs;
@@ -433,6 +435,7 @@ void TestConcurrency::givesUpAfterFiveSeconds()
     }
 }
 
+/// Shows: ENG-6
 void TestConcurrency::waitsForAReader()
 {
     small->copyTo(folder->path(), "delete");
@@ -505,6 +508,7 @@ void TestConcurrency::neverShowsAMixtureToReaders_data()
                                              << "pragma default_cache_size=10";
 }
 
+/// Shows: REL-7
 void TestConcurrency::neverShowsAMixtureToReaders()
 {
     QFETCH(QString, journalMode);
@@ -554,6 +558,7 @@ void TestConcurrency::upgradesOnceInSeveralRuns_data()
     }
 }
 
+/// Shows: REL-7
 void TestConcurrency::upgradesOnceInSeveralRuns()
 {
     QFETCH(QString, journalMode);
@@ -589,6 +594,7 @@ void TestConcurrency::upgradesOnceInSeveralRuns()
     QCOMPARE(Databases::contentsOf(folder->path()), large->newContents());
 }
 
+/// Shows: LOG-6
 void TestConcurrency::writesWholeLinesInALogOfTwoRuns()
 {
     large->copyTo(folder->path(), "delete");
@@ -616,6 +622,7 @@ void TestConcurrency::upgradesAfterAnotherRunWasKilled_data()
     }
 }
 
+/// Shows: REL-4
 void TestConcurrency::upgradesAfterAnotherRunWasKilled()
 {
     QFETCH(QString, journalMode);

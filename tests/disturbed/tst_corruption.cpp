@@ -703,6 +703,7 @@ void TestCorruption::losesNothing_data()
         QTest::newRow(qUtf8Printable(kinds.at(index).name)) << index;
 }
 
+/// Shows: REL-6
 void TestCorruption::losesNothing()
 {
     QFETCH(int, index);

@@ -94,12 +94,16 @@ private slots:
     void init();
 
     void profile_data() { addFaults(); }
+    /// Shows: REL-1
     void profile() { walkFiles("profile"); }
     void data_data() { addFaults(); }
+    /// Shows: REL-1
     void data() { walkFiles("data"); }
     void qc_data() { addFaults(); }
+    /// Shows: REL-1
     void qc() { walkFiles("qc"); }
     void syslog_data() { addFaults(); }
+    /// Shows: REL-1
     void syslog() { walkFiles("syslog"); }
 
     void sqliteWithoutMemory_data();
@@ -160,6 +164,7 @@ void TestFaults::sqliteWithoutMemory_data()
     }
 }
 
+/// Shows: REL-2
 void TestFaults::sqliteWithoutMemory()
 {
     QFETCH(QString, database);
@@ -186,6 +191,7 @@ void TestFaults::processWithoutMemory_data()
         QTest::newRow(database) << database;
 }
 
+/// Shows: REL-2
 void TestFaults::processWithoutMemory()
 {
     if (DisturbedUpgrade::isSanitized())

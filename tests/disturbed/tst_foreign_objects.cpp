@@ -97,6 +97,7 @@ void TestForeignObjects::anObjectSurvives_data()
                 {"siteMissing"});
 }
 
+/// Shows: REL-9
 void TestForeignObjects::anObjectSurvives()
 {
     QFETCH(QString, name);
@@ -149,6 +150,7 @@ void TestForeignObjects::anObjectOnARebuiltTableIsLost_data()
     add("qc", 2, "subsetting", "x");
 }
 
+/// Shows: REL-9
 void TestForeignObjects::anObjectOnARebuiltTableIsLost()
 {
     QFETCH(QString, name);
@@ -173,6 +175,7 @@ void TestForeignObjects::aTableOfTheirOwnKeepsItsRows_data()
         QTest::newRow(name) << name;
 }
 
+/// Shows: REL-9
 void TestForeignObjects::aTableOfTheirOwnKeepsItsRows()
 {
     QFETCH(QString, name);

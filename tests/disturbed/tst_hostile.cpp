@@ -270,6 +270,7 @@ void TestHostile::textsArriveAsTheyWere_data()
     }
 }
 
+/// Shows: REL-8
 void TestHostile::textsArriveAsTheyWere()
 {
     QFETCH(QString, name);
@@ -338,6 +339,7 @@ void TestHostile::refusesLimitsThatNoStatementHolds_data()
     QTest::newRow("not a number") << "'II.T', 'nan', 'inf'";
 }
 
+/// Shows: REL-8
 void TestHostile::refusesLimitsThatNoStatementHolds()
 {
     QFETCH(QString, limits);
@@ -367,6 +369,7 @@ void TestHostile::extremeNumbersArriveAsTheyWere_data()
             << i;
 }
 
+/// Shows: REL-8
 void TestHostile::extremeNumbersArriveAsTheyWere()
 {
     QFETCH(int, index);
@@ -435,6 +438,7 @@ void TestHostile::largeValuesArriveAsTheyWere_data()
                                                          << "class";
 }
 
+/// Shows: REL-8
 void TestHostile::largeValuesArriveAsTheyWere()
 {
     QFETCH(QString, name);

@@ -228,12 +228,16 @@ private slots:
     void init();
 
     void profile_data() { addWays(); }
+    /// Shows: REL-3
     void profile() { makeImages("profile"); }
     void data_data() { addWays(); }
+    /// Shows: REL-3
     void data() { makeImages("data"); }
     void qc_data() { addWays(); }
+    /// Shows: REL-3
     void qc() { makeImages("qc"); }
     void syslog_data() { addWays(); }
+    /// Shows: REL-3
     void syslog() { makeImages("syslog"); }
 
 private:

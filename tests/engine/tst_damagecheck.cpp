@@ -99,6 +99,7 @@ void TestDamageCheck::init()
     QTest::failOnWarning(QRegularExpression(".*"));
 }
 
+/// Shows: ENG-7
 void TestDamageCheck::refusesAnIndexThatLacksARow()
 {
     const TestDatabase database;
@@ -115,6 +116,7 @@ void TestDamageCheck::refusesAnIndexThatLacksARow()
     QCOMPARE(database.bytes(), before);
 }
 
+/// Shows: ENG-7
 void TestDamageCheck::refusesAPageOfGarbage()
 {
     const TestDatabase database;
@@ -192,6 +194,7 @@ void TestDamageCheck::refusesAMisspeltEntryOfTheSchema_data()
                                  << "view Seen";
 }
 
+/// Shows: ENG-7
 void TestDamageCheck::refusesAMisspeltEntryOfTheSchema()
 {
     QFETCH(QString, change);
@@ -252,6 +255,7 @@ void TestDamageCheck::refusesAVersionThatDamageMadeTooHigh()
 }
 
 /// A text in what is now a column of numbers is no damage, until it is rewritten and its index is not.
+/// Shows: ENG-8
 void TestDamageCheck::checksAgainWhatAStepMadeOfOddValues()
 {
     const TestDatabase database;
@@ -341,6 +345,7 @@ void TestDamageCheck::takesAFindingAboutAValueForNoDamage_data()
                                            << "3";
 }
 
+/// Shows: ENG-8
 void TestDamageCheck::takesAFindingAboutAValueForNoDamage()
 {
     QFETCH(QString, layout);
@@ -384,6 +389,7 @@ void TestDamageCheck::takesAFailingCheckForNoDamage()
     QCOMPARE(outcome.messages.filter("Warning"), QStringList());
 }
 
+/// Shows: ENG-7
 void TestDamageCheck::checksNothingWhenEveryStepIsSkipped()
 {
     const TestDatabase database;

@@ -349,6 +349,7 @@ void TestEngine::preparesAConnectionThatRunOpens()
     QCOMPARE(setting, QVariant(1));
 }
 
+/// Shows: OPS-4
 void TestEngine::renamesATableBesideABrokenView()
 {
     const TestDatabase database;
@@ -389,6 +390,7 @@ void TestEngine::readsTheStoredVersion_data()
     QTest::newRow("a view") << QStringList{"create view version as select 6 as version"} << 6;
 }
 
+/// Shows: ENG-1
 void TestEngine::readsTheStoredVersion()
 {
     QFETCH(QStringList, old);
@@ -401,6 +403,7 @@ void TestEngine::readsTheStoredVersion()
     QCOMPARE(updater.version, version);
 }
 
+/// Shows: ENG-5
 void TestEngine::readsTheVersionAgainBeforeTheSteps()
 {
     const TestDatabase database;
@@ -457,6 +460,7 @@ void TestEngine::runsOnlyStepsAboveTheStoredVersion_data()
     QTest::newRow("newer than known") << 11 << QList<int>{} << QStringList{skip9, skip10};
 }
 
+/// Shows: ENG-1
 void TestEngine::runsOnlyStepsAboveTheStoredVersion()
 {
     QFETCH(int, stored);
@@ -477,6 +481,7 @@ void TestEngine::runsOnlyStepsAboveTheStoredVersion()
     QCOMPARE(database.table("version"), QStringList{"10"}); // also when it was above
 }
 
+/// Shows: ENG-1
 void TestEngine::takesOnlySlotsWithoutArgumentsForSteps()
 {
     const TestDatabase database;
@@ -575,6 +580,7 @@ void TestEngine::padsTheSignatureTo12Characters()
              QStringList({"Debug: update_v9() : SKIP", "Debug: update_v10(): PASS"}));
 }
 
+/// Shows: LOG-3, ENG-2
 void TestEngine::stopsAtTheFirstFailingStep()
 {
     const TestDatabase database;
@@ -610,6 +616,7 @@ void TestEngine::callsUpgradeThroughTheVirtualTable()
     QCOMPARE(database.schema(), QStringList{"CREATE TABLE mine(id)"});
 }
 
+/// Shows: ENG-3
 void TestEngine::replacesEveryVersionRow()
 {
     const TestDatabase database;
@@ -621,6 +628,7 @@ void TestEngine::replacesEveryVersionRow()
     QCOMPARE(database.table("version"), QStringList{"10"});
 }
 
+/// Shows: ENG-3
 void TestEngine::failsWithoutAVersionTable()
 {
     const TestDatabase database;
@@ -653,6 +661,7 @@ void TestEngine::aStepMayCreateTheVersionTable()
     QCOMPARE(database.table("version"), QStringList{"1"});
 }
 
+/// Shows: ENG-2
 void TestEngine::rollsBackWhatEarlierStepsDid()
 {
     const TestDatabase database;
@@ -668,6 +677,7 @@ void TestEngine::rollsBackWhatEarlierStepsDid()
     QCOMPARE(database.content(), before);
 }
 
+/// Shows: ENG-5
 void TestEngine::locksTheFileBeforeTheFirstStep()
 {
     const TestDatabase database;

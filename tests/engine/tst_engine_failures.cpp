@@ -158,6 +158,7 @@ void TestEngineFailures::environmentFailureEndsTheRun_data()
     QTest::newRow("read-only, extended") << SQLITE_READONLY_DIRECTORY;
 }
 
+/// Shows: ENG-9
 void TestEngineFailures::environmentFailureEndsTheRun()
 {
     QFETCH(int, code);
@@ -208,6 +209,7 @@ void TestEngineFailures::contentFailureIsTheStepsToJudge_data()
     QTest::newRow("data type") << "insert into patient values('x', 'x')";
 }
 
+/// Shows: ENG-10
 void TestEngineFailures::contentFailureIsTheStepsToJudge()
 {
     QFETCH(QString, sql);
@@ -288,6 +290,7 @@ void TestEngineFailures::everyOperationMeetsTheEnvironment_data()
     }) << "select name from breaking";
 }
 
+/// Shows: ENG-9
 void TestEngineFailures::everyOperationMeetsTheEnvironment()
 {
     QFETCH(Step, step);
@@ -354,6 +357,7 @@ void TestEngineFailures::noStatementRunsAfterwards_data()
     });
 }
 
+/// Shows: ENG-9
 void TestEngineFailures::noStatementRunsAfterwards()
 {
     QFETCH(Step, step);
@@ -513,6 +517,7 @@ void TestEngineFailures::laterStepsDoNotRun()
     QVERIFY(!updater.secondRan);
 }
 
+/// Shows: ENG-9
 void TestEngineFailures::aTransactionThatSqliteGaveUpEndsTheRun()
 {
     const TestDatabase database;

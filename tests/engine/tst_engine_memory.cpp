@@ -82,6 +82,7 @@ void TestEngineMemory::changesAllOrNothing_data()
 }
 
 /// Also when memory ends within what the engine or the driver asks of SQLite by themselves.
+/// Shows: REL-2
 void TestEngineMemory::changesAllOrNothing()
 {
     QFETCH(Operation, operation);

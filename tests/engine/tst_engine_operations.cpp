@@ -195,6 +195,7 @@ void TestEngineOperations::execBindsValuesByName()
     QCOMPARE(database.table("made"), QStringList{"3, 'O''Neill', 3, NULL, ':a'"});
 }
 
+/// Shows: LOG-4
 void TestEngineOperations::execLogsTheCallersLine()
 {
     const TestDatabase database;
@@ -233,6 +234,7 @@ void TestEngineOperations::execLogsOneWarning_data()
                              << "rows are kept";
 }
 
+/// Shows: LOG-4
 void TestEngineOperations::execLogsOneWarning()
 {
     QFETCH(QString, sql);
@@ -270,6 +272,7 @@ void TestEngineOperations::execRefusesTwoStatements()
     QCOMPARE(database.table("made"), QStringList());
 }
 
+/// Shows: LOG-4
 void TestEngineOperations::execLogsAStatementOnOneLine()
 {
     const TestDatabase database;
@@ -283,6 +286,7 @@ void TestEngineOperations::execLogsAStatementOnOneLine()
     QVERIFY(outcome.log.first().endsWith(R"([ "update \"missing\"\n set\tname = '凝血'" ])"));
 }
 
+/// Shows: OPS-1
 void TestEngineOperations::execAllStopsAtTheFirstFailure()
 {
     const TestDatabase database;
@@ -302,6 +306,7 @@ void TestEngineOperations::execAllStopsAtTheFirstFailure()
              QStringList({"CREATE TABLE first(id)", "CREATE TABLE version(version integer)"}));
 }
 
+/// Shows: OPS-1
 void TestEngineOperations::tryAllRunsEveryStatement()
 {
     const TestDatabase database;
@@ -322,6 +327,7 @@ void TestEngineOperations::tryAllRunsEveryStatement()
                           "CREATE TABLE version(version integer)"}));
 }
 
+/// Shows: LOG-4
 void TestEngineOperations::statementsKnowTheirLines()
 {
     const TestDatabase database;
@@ -358,6 +364,7 @@ void TestEngineOperations::copyTableKeepsEveryValue_data()
     }
 }
 
+/// Shows: OPS-2
 void TestEngineOperations::copyTableKeepsEveryValue()
 {
     QFETCH(QString, type);
@@ -384,6 +391,7 @@ void TestEngineOperations::copyTableKeepsEveryValue()
              database.rows("select count(*) from source"));
 }
 
+/// Shows: OPS-2
 void TestEngineOperations::copyTableKeepsInvalidText()
 {
     const TestDatabase database;
@@ -400,6 +408,7 @@ void TestEngineOperations::copyTableKeepsInvalidText()
              QStringList({"X'FF41FE'", "X'410042'"}));
 }
 
+/// Shows: OPS-2
 void TestEngineOperations::copyTableMatchesColumnsByName()
 {
     const TestDatabase database;
@@ -459,6 +468,7 @@ void TestEngineOperations::copyTableAddsDefaults_data()
     addWays();
 }
 
+/// Shows: OPS-3
 void TestEngineOperations::copyTableAddsDefaults()
 {
     const TestDatabase database;
@@ -483,6 +493,7 @@ void TestEngineOperations::copyTableLeavesOutExcludedColumns_data()
     addWays();
 }
 
+/// Shows: OPS-3
 void TestEngineOperations::copyTableLeavesOutExcludedColumns()
 {
     const TestDatabase database;
@@ -517,6 +528,7 @@ void TestEngineOperations::copyTableGivesAnExcludedColumnItsDefault()
     QCOMPARE(database.table("target"), QStringList{"1, 'new'"});
 }
 
+/// Shows: OPS-2
 void TestEngineOperations::copyTableKeepsTheOrderOfTheTable()
 {
     // SQLite would rather read the small index than the table
@@ -617,6 +629,7 @@ void TestEngineOperations::copyTableFailsAtTheFirstBadRow_data()
     addWays();
 }
 
+/// Shows: OPS-3
 void TestEngineOperations::copyTableFailsAtTheFirstBadRow()
 {
     const TestDatabase database;
@@ -637,6 +650,7 @@ void TestEngineOperations::copyTableFailsAtTheFirstBadRow()
              qUtf8Printable(outcome.log.first()));
 }
 
+/// Shows: OPS-3
 void TestEngineOperations::copyTableAdjustsEachRow()
 {
     const TestDatabase database;
@@ -765,6 +779,7 @@ void TestEngineOperations::copyTableFollowsTheTargetsConflictClause()
              QStringList({"7, 'later'", "8, 'other'"}));
 }
 
+/// Shows: OPS-4
 void TestEngineOperations::rebuildTableReplacesTheLayout()
 {
     const TestDatabase database;
@@ -889,6 +904,7 @@ void TestEngineOperations::removeDecimalsCutsAtTheFirstPoint_data()
                              << "'上午八点'";
 }
 
+/// Shows: OPS-5
 void TestEngineOperations::removeDecimalsCutsAtTheFirstPoint()
 {
     QFETCH(QString, before);
@@ -922,6 +938,7 @@ void TestEngineOperations::removeDecimalsCutsSeveralColumnsInOneStatement()
     QCOMPARE(database.table("updates"), QStringList{"1"});
 }
 
+/// Shows: OPS-5
 void TestEngineOperations::removeDecimalsWritesNothingWithoutAPoint()
 {
     const TestDatabase database;
@@ -1004,6 +1021,7 @@ void TestEngineOperations::updateOrInsertUpdates_data()
     QTest::newRow("a row that holds the value") << "('a', 'new')" << QStringList{"'a', 'new'"};
 }
 
+/// Shows: OPS-6
 void TestEngineOperations::updateOrInsertUpdates()
 {
     QFETCH(QString, old);
@@ -1021,6 +1039,7 @@ void TestEngineOperations::updateOrInsertUpdates()
     QCOMPARE(database.table("profile"), updated);
 }
 
+/// Shows: OPS-6
 void TestEngineOperations::updateOrInsertInsertsWhenNothingMatches()
 {
     const TestDatabase database;
@@ -1115,6 +1134,7 @@ void TestEngineOperations::setVersionInsertsEvenWhenTheDeleteFails()
     QCOMPARE(database.table("version"), QStringList({"1", "17"}));
 }
 
+/// Shows: OPS-7
 void TestEngineOperations::readRowsVisitsEveryRow()
 {
     const TestDatabase database;
@@ -1154,6 +1174,7 @@ void TestEngineOperations::readRowsStopsWhenTheCallerDoes()
     QCOMPARE(ids, QList<int>({1, 2}));
 }
 
+/// Shows: OPS-7
 void TestEngineOperations::readRowsReportsAnUnreadableRow()
 {
     const TestDatabase database;

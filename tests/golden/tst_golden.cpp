@@ -134,6 +134,7 @@ void TestGolden::deliveredStepsWriteWhatTheyDid_data()
     }
 }
 
+/// Shows: ENG-14
 void TestGolden::deliveredStepsWriteWhatTheyDid()
 {
     QFETCH(QString, name);

@@ -74,6 +74,7 @@ void TestProfile::reachesTheNewestVersionFromEveryVersion_data()
         QTest::addRow("%d", version) << version;
 }
 
+/// Shows: PRO-1
 void TestProfile::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);
@@ -153,6 +154,7 @@ void TestProfile::keepsTheFileAfterAFailureOfAnyStep_data()
         << 0 << 30 << "insert into reagent(name) values('R2(vWF)')";
 }
 
+/// Shows: ENG-11
 void TestProfile::keepsTheFileAfterAFailureOfAnyStep()
 {
     QFETCH(int, stored);

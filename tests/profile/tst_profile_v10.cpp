@@ -465,6 +465,7 @@ void TestProfileV10::upgradesEveryVersion_data()
         QTest::addRow("%d", version) << version;
 }
 
+/// Shows: PRO-1
 void TestProfileV10::upgradesEveryVersion()
 {
     QFETCH(int, stored);
@@ -545,6 +546,7 @@ void TestProfileV10::leavesOutWhatTheVersionHas_data()
                               << QStringList{"4"};
 }
 
+/// Shows: PRO-1
 void TestProfileV10::leavesOutWhatTheVersionHas()
 {
     QFETCH(int, stored);

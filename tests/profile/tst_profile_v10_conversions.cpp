@@ -229,6 +229,7 @@ void TestProfileV10Conversions::fillsAVariable_data()
                          << "NULL";
 }
 
+/// Shows: PRO-3
 void TestProfileV10Conversions::fillsAVariable()
 {
     QFETCH(QString, variable);
@@ -484,6 +485,7 @@ void TestProfileV10Conversions::movesLimits_data()
         << QStringList{"21, 1234567.891, 1.0e+20, 0.0, 0.0, 0.0, 123456789012.0"};
 }
 
+/// Shows: PRO-3
 void TestProfileV10Conversions::movesLimits()
 {
     QFETCH(QString, row);
@@ -609,6 +611,7 @@ void TestProfileV10Conversions::movesLimitsBelowVersion5Only_data()
     QTest::newRow("9") << 9 << QStringList();
 }
 
+/// Shows: PRO-3
 void TestProfileV10Conversions::movesLimitsBelowVersion5Only()
 {
     QFETCH(int, stored);
@@ -741,6 +744,7 @@ void TestProfileV10Conversions::failsAtLimits()
 
 // ---- display names of templates
 
+/// Shows: PRO-3
 void TestProfileV10Conversions::givesTemplatesADisplayName()
 {
     const TestDatabase database("profile.db");
@@ -950,6 +954,7 @@ void TestProfileV10Conversions::passesThoughTemplatesStayAsTheyAre()
 
 // ---- names of reagents
 
+/// Shows: PRO-4
 void TestProfileV10Conversions::renamesReagentsOfTheSample()
 {
     const TestDatabase database("profile.db");
@@ -980,6 +985,7 @@ void TestProfileV10Conversions::renamesReagentsOfTheSample()
              QStringList({"'R1(DD)'", "'R1(FDP)'", "'R2(DD)'", "'R2(FDP)'", "'X2'"}));
 }
 
+/// Shows: PRO-4
 void TestProfileV10Conversions::renamesReagents()
 {
     const TestDatabase database("profile.db");

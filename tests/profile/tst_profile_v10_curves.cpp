@@ -190,6 +190,7 @@ void TestProfileV10Curves::givesTheLibraryWhatIsStored_data()
                "method: 0",         "points: ",         "coefficients: 6 7 8", "valid: no"};
 }
 
+/// Shows: CUR-3
 void TestProfileV10Curves::givesTheLibraryWhatIsStored()
 {
     QFETCH(QStringList, statements);
@@ -218,6 +219,7 @@ void TestProfileV10Curves::givesTheLibraryTheWholeCalibration_data()
     QTest::newRow("nothing") << 2 << QStringList{"2", "B", "0", "", "", "", "", "", "", ""};
 }
 
+/// Shows: CUR-3
 void TestProfileV10Curves::givesTheLibraryTheWholeCalibration()
 {
     QFETCH(int, curve);
@@ -267,6 +269,7 @@ void TestProfileV10Curves::refitsInTheOrderOfTheCurves()
     QCOMPARE(library().refitted, QStringList({"B", "C", "B", "A"}));
 }
 
+/// Shows: CUR-1
 void TestProfileV10Curves::writesWhatTheLibraryReports()
 {
     const TestDatabase database("profile.db");
@@ -382,6 +385,7 @@ void TestProfileV10Curves::takesValidityAsABoolean()
     QCOMPARE(library().refitted.contains("A"), !valid);
 }
 
+/// Shows: CUR-2
 void TestProfileV10Curves::leavesAValidCurveAlone()
 {
     const TestDatabase database("profile.db");
@@ -399,6 +403,7 @@ void TestProfileV10Curves::leavesAValidCurveAlone()
     QCOMPARE(database.table("curvePoint"), pointsAsStored);
 }
 
+/// Shows: CUR-2
 void TestProfileV10Curves::leavesACurveAloneThatTheLibraryHoldsValid()
 {
     const TestDatabase database("profile.db");
@@ -475,6 +480,7 @@ void TestProfileV10Curves::writesTheValidityThatTheRefitLeaves()
     QCOMPARE(linesOfTheRefit(recorder), lines);
 }
 
+/// Shows: CUR-4
 void TestProfileV10Curves::writesWhatAFailedRefitLeaves()
 {
     const TestDatabase database("profile.db");
@@ -498,6 +504,7 @@ void TestProfileV10Curves::writesWhatAFailedRefitLeaves()
     QCOMPARE(database.table("curvePoint"), pointsAsStored);
 }
 
+/// Shows: CUR-4
 void TestProfileV10Curves::writesNoPointOfAnInvalidCurve()
 {
     const TestDatabase database("profile.db");
@@ -540,6 +547,7 @@ void TestProfileV10Curves::skipsACurveWithoutACalibration_data()
                                << R"("%")";
 }
 
+/// Shows: CUR-2
 void TestProfileV10Curves::skipsACurveWithoutACalibration()
 {
     QFETCH(QString, name);
@@ -736,6 +744,7 @@ void TestProfileV10Curves::takesLongIdentifiers()
                           "5000000001, 5000000000, 1.0, 1.0, 1.5, 3"}));
 }
 
+/// Shows: CUR-1
 void TestProfileV10Curves::writesTheLocalDate()
 {
 #ifdef Q_OS_WIN

@@ -49,6 +49,7 @@ void TestProfileV10CurvesFitted::init()
     QTest::failOnWarning(QRegularExpression(".*"));
 }
 
+/// Shows: CUR-1
 void TestProfileV10CurvesFitted::refitsTheSample()
 {
     const TestDatabase database("profile.db");

@@ -537,6 +537,7 @@ void TestProfileV10Failures::ignoresAndWarnsOnce_data()
                           " or name LIKE 'ATIII/mix/%'"};
 }
 
+/// Shows: ENG-10
 void TestProfileV10Failures::ignoresAndWarnsOnce()
 {
     QFETCH(int, stored);

@@ -106,6 +106,7 @@ void TestProfileV10Rows::makesReagentIdsUnique_data()
         << QStringList{"'O''N %1 %2'", "'O''N %1 %2(2)'"};
 }
 
+/// Shows: PRO-2
 void TestProfileV10Rows::makesReagentIdsUnique()
 {
     QFETCH(QStringList, reagents);
@@ -121,6 +122,7 @@ void TestProfileV10Rows::makesReagentIdsUnique()
              reagentIds);
 }
 
+/// Shows: PRO-2
 void TestProfileV10Rows::tellsChangedReagentIds()
 {
     const TestDatabase database("profile.db");
@@ -151,6 +153,7 @@ void TestProfileV10Rows::forgetsEmptyReagentIds()
              QStringList({"NULL", "NULL", "NULL"}));
 }
 
+/// Shows: PRO-2
 void TestProfileV10Rows::fixesTheReagentIdsThatAreMissing()
 {
     const TestDatabase database("profile.db");
@@ -171,6 +174,7 @@ void TestProfileV10Rows::fixesTheReagentIdsThatAreMissing()
                      "'116', 'VIII'", "'117', 'IX'", "'118', 'XII'"}));
 }
 
+/// Shows: PRO-2
 void TestProfileV10Rows::fixesNoReagentIdThatIsThere()
 {
     const TestDatabase database("profile.db");
@@ -190,6 +194,7 @@ void TestProfileV10Rows::fixesNoReagentIdThatIsThere()
     QCOMPARE(kept.join(", "), "'" + identifiedReagents.join("', '") + "'");
 }
 
+/// Shows: PRO-5
 void TestProfileV10Rows::keepsTheUsersSettings()
 {
     // clang-format off
@@ -221,6 +226,7 @@ void TestProfileV10Rows::keepsTheUsersSettings()
         "'" + sorted.join("', '") + "'");
 }
 
+/// Shows: PRO-6
 void TestProfileV10Rows::replacesTheUsersSettings()
 {
     // clang-format off
@@ -267,6 +273,7 @@ void TestProfileV10Rows::enablesAssays()
              QStringList({"'PT/disable'", "'XIII/disable'"}));
 }
 
+/// Shows: PRO-5
 void TestProfileV10Rows::keepsTheUsersReagents()
 {
     // clang-format off
@@ -290,6 +297,7 @@ void TestProfileV10Rows::keepsTheUsersReagents()
              "'" + names.join("', '") + "'");
 }
 
+/// Shows: PRO-6
 void TestProfileV10Rows::replacesTheUsersReagents()
 {
     const TestDatabase database("profile.db");
@@ -317,6 +325,7 @@ void TestProfileV10Rows::replacesTheUsersReagents()
     QCOMPARE(database.rows("select id from reagent where initVolume = 69"), QStringList());
 }
 
+/// Shows: PRO-5
 void TestProfileV10Rows::keepsTheUsersAssays()
 {
     const TestDatabase database("profile.db");
@@ -363,6 +372,7 @@ void TestProfileV10Rows::setsCalibrations_data()
     QTest::newRow("the user's own") << "XIII" << QStringList{"9, 'fx', 'fy', 'dx', 'dy'"};
 }
 
+/// Shows: PRO-6
 void TestProfileV10Rows::setsCalibrations()
 {
     QFETCH(QString, name);
@@ -437,6 +447,7 @@ void TestProfileV10Rows::renamesOnlyUnchangedReagentTypes()
                           "4, 'Cleaning'", "5, 'Standard'"}));
 }
 
+/// Shows: PRO-6
 void TestProfileV10Rows::updatesExistingDataChecks()
 {
     const TestDatabase database("profile.db");
@@ -482,6 +493,7 @@ void TestProfileV10Rows::removesTheProgramOfAtiii()
                           "'ATIII/report/dilution', '1/15'", "'program/ATIIIplus/volume', 1"}));
 }
 
+/// Shows: PRO-7
 void TestProfileV10Rows::deletesAllOfACurveAndNoMore()
 {
     const TestDatabase database("profile.db");
@@ -518,6 +530,7 @@ void TestProfileV10Rows::deletesAllOfATemplateAndNoMore()
              QStringList({"2", "3", "4", "5", "6", "7", "8"}));
 }
 
+/// Shows: PRO-17
 void TestProfileV10Rows::translatesLabels()
 {
     const Translation english("coagulation::UpdateProfile",
@@ -566,6 +579,7 @@ void TestProfileV10Rows::translatesLabels()
              QStringList({"'吸光度(PT)'", "'时间(抗Xa)'"}));
 }
 
+/// Shows: PRO-17
 void TestProfileV10Rows::writesNoChineseInEnglish()
 {
     const Translation english("coagulation::UpdateProfile", {{"zh", "en"}, {"备注", "Remark"}});

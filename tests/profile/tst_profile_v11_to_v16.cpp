@@ -232,6 +232,7 @@ void TestProfileV11ToV16::init()
     QTest::failOnWarning(QRegularExpression(".*"));
 }
 
+/// Shows: PRO-8
 void TestProfileV11ToV16::v11MakesTheAxesOfCalibration6Linear()
 {
     const TestDatabase database("profile.db");
@@ -260,6 +261,7 @@ void TestProfileV11ToV16::v11PassesWithoutCalibration6()
     QCOMPARE(database.content(), before);
 }
 
+/// Shows: PRO-8
 void TestProfileV11ToV16::v12CorrectsLupusItemsAndAddsRatios()
 {
     const TestDatabase database("profile.db");
@@ -336,6 +338,7 @@ void TestProfileV11ToV16::v13AddsAntiXaActivity_data()
     addLanguageRows();
 }
 
+/// Shows: PRO-8
 void TestProfileV11ToV16::v13AddsAntiXaActivity()
 {
     QFETCH(QString, base);
@@ -408,6 +411,7 @@ void TestProfileV11ToV16::v13NeedsNoCodeInOtherLanguages()
              QStringList{"'Anti-Xa Activated degree'"});
 }
 
+/// Shows: PRO-8
 void TestProfileV11ToV16::v14AddsTenAssays()
 {
     const TestDatabase database("profile.db");
@@ -422,6 +426,7 @@ void TestProfileV11ToV16::v14AddsTenAssays()
     QCOMPARE(DatabaseContent(database).lines(), expected.lines());
 }
 
+/// Shows: PRO-16
 void TestProfileV11ToV16::v14KeepsRowsThatExist()
 {
     const TestDatabase database("profile.db");
@@ -483,6 +488,7 @@ void TestProfileV11ToV16::v14AddsTheRowsThatCanBeAdded()
                      " values(2, 'Buffer(Plg)',"});
 }
 
+/// Shows: PRO-9
 void TestProfileV11ToV16::v15GivesCurrentCurvesToTheWorkbench()
 {
     const TestDatabase database("profile.db");
@@ -524,6 +530,7 @@ void TestProfileV11ToV16::v15RenamesKeysOfTheEmptyInstrument_data()
         QTest::newRow(key) << key << key;
 }
 
+/// Shows: PRO-9
 void TestProfileV11ToV16::v15RenamesKeysOfTheEmptyInstrument()
 {
     QFETCH(QString, key);
@@ -613,6 +620,7 @@ void TestProfileV11ToV16::v15PassesWithoutTheTrigger()
     QCOMPARE(database.schema(), complete.schema());
 }
 
+/// Shows: PRO-9
 void TestProfileV11ToV16::v15AllowsOneCurveOfANameAndInstrument()
 {
     const TestDatabase database("profile.db");
@@ -626,6 +634,7 @@ void TestProfileV11ToV16::v15AllowsOneCurveOfANameAndInstrument()
              QStringList({"'wb1', 1", "'wb2', 7"}));
 }
 
+/// Shows: PRO-7
 void TestProfileV11ToV16::v15DeletesAllOfACurveAndNoMore()
 {
     const TestDatabase database("profile.db");
@@ -645,6 +654,7 @@ void TestProfileV11ToV16::v15DeletesAllOfACurveAndNoMore()
         QCOMPARE(database.rows("select * from " + tables.at(i)), kept.at(i));
 }
 
+/// Shows: PRO-10
 void TestProfileV11ToV16::v16AddsMeasuringRanges()
 {
     const TestDatabase database("profile.db");
@@ -661,6 +671,7 @@ void TestProfileV11ToV16::v16AddsMeasuringRanges()
     QCOMPARE(DatabaseContent(database).lines(), expected.lines());
 }
 
+/// Shows: PRO-10
 void TestProfileV11ToV16::v16FillsTheRangesOfTheFactoryItems()
 {
     const TestDatabase database("profile.db");
@@ -681,6 +692,7 @@ void TestProfileV11ToV16::v16FillsTheRangesOfTheFactoryItems()
              expected);
 }
 
+/// Shows: PRO-10
 void TestProfileV11ToV16::v16KeepsUsersItems()
 {
     const TestDatabase database("profile.db");
@@ -715,6 +727,7 @@ void TestProfileV11ToV16::v16KeepsRangesThatExist()
              QStringList({"1, 0.0, 1000000000.0", "2, -5.0, 10.0", "90001, 3.0, 4.0"}));
 }
 
+/// Shows: PRO-7
 void TestProfileV11ToV16::v16DeletesAllOfATemplateAndNoMore()
 {
     const TestDatabase database("profile.db");

@@ -210,6 +210,7 @@ void TestProfileV17ToV23::v17AddsProgramsOfPtAndAptt_data()
     addLanguageRows();
 }
 
+/// Shows: PRO-11
 void TestProfileV17ToV23::v17AddsProgramsOfPtAndAptt()
 {
     QFETCH(QString, base);
@@ -228,6 +229,7 @@ void TestProfileV17ToV23::v17AddsProgramsOfPtAndAptt()
     QCOMPARE(DatabaseContent(database).lines(), expected.lines());
 }
 
+/// Shows: PRO-16
 void TestProfileV17ToV23::v17KeepsRowsThatExist()
 {
     const TestDatabase database("profile.db");
@@ -305,6 +307,7 @@ void TestProfileV17ToV23::v18AddsTheTimeDependency_data()
     addLanguageRows();
 }
 
+/// Shows: PRO-11
 void TestProfileV17ToV23::v18AddsTheTimeDependency()
 {
     QFETCH(QString, base);
@@ -401,6 +404,7 @@ void TestProfileV17ToV23::v18IgnoresARefusedCode()
                     {"update assayItem set code='时间依赖差(APTT7)' where abbr='APTT7-DETLA'"});
 }
 
+/// Shows: PRO-11
 void TestProfileV17ToV23::v19MovesTheProgramsToTheEnd()
 {
     const TestDatabase database("profile.db");
@@ -449,6 +453,7 @@ void TestProfileV17ToV23::v19FindsProgramsByName()
              QStringList({"39, 8", "40, 9", "500, 330"}));
 }
 
+/// Shows: PRO-12
 void TestProfileV17ToV23::v20AddsRivaroxaban()
 {
     const TestDatabase database("profile.db");
@@ -463,6 +468,7 @@ void TestProfileV17ToV23::v20AddsRivaroxaban()
     QCOMPARE(DatabaseContent(database).lines(), expected.lines());
 }
 
+/// Shows: PRO-12
 void TestProfileV17ToV23::v21AddsRedilutions()
 {
     const TestDatabase database("profile.db");
@@ -499,6 +505,7 @@ void TestProfileV17ToV23::v22AddsTheLabelOfTheInstrument_data()
                                         << "'测量仪器'";
 }
 
+/// Shows: PRO-12
 void TestProfileV17ToV23::v22AddsTheLabelOfTheInstrument()
 {
     QFETCH(QByteArray, context);
@@ -529,6 +536,7 @@ void TestProfileV17ToV23::v22KeepsALabel()
     QCOMPARE(database.content(), before);
 }
 
+/// Shows: PRO-13
 void TestProfileV17ToV23::v23AddsExpiryDates()
 {
     const TestDatabase database("profile.db");
@@ -574,6 +582,7 @@ void TestProfileV17ToV23::v23CountsTwentyYears_data()
                           << "NULL";
 }
 
+/// Shows: PRO-13
 void TestProfileV17ToV23::v23CountsTwentyYears()
 {
     QFETCH(QString, date);

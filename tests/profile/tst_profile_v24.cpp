@@ -56,6 +56,7 @@ void TestProfileV24::init()
     QTest::failOnWarning(QRegularExpression(".*"));
 }
 
+/// Shows: PRO-13
 void TestProfileV24::groupsTheSettingsOfTheSample()
 {
     const TestDatabase database("profile.db");
@@ -134,6 +135,7 @@ void TestProfileV24::renamesAKey_data()
         QTest::newRow(key) << key << renamed;
 }
 
+/// Shows: PRO-13
 void TestProfileV24::renamesAKey()
 {
     QFETCH(QString, key);

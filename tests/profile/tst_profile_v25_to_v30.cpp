@@ -182,6 +182,7 @@ void TestProfileV25ToV30::init()
     QTest::failOnWarning(QRegularExpression(".*"));
 }
 
+/// Shows: PRO-14
 void TestProfileV25ToV30::v25GivesIdsToLupusReagents()
 {
     const TestDatabase database("profile.db");
@@ -224,6 +225,7 @@ void TestProfileV25ToV30::v25TakesAnIdThatIsATextOfAnother()
              QStringList({"'LAC', 119", "'LAS', 120", "'PT', '119'"}));
 }
 
+/// Shows: PRO-14
 void TestProfileV25ToV30::v26AddsTwoDilutePtAssays()
 {
     const TestDatabase database("profile.db");
@@ -293,6 +295,7 @@ void TestProfileV25ToV30::v27CorrectsTheRatioOfDilutePt_data()
                                  << QStringList();
 }
 
+/// Shows: PRO-14
 void TestProfileV25ToV30::v27CorrectsTheRatioOfDilutePt()
 {
     QFETCH(QStringList, before);
@@ -315,6 +318,7 @@ void TestProfileV25ToV30::v27CorrectsTheRatioOfDilutePt()
     QCOMPARE(content.lines(), expected.lines());
 }
 
+/// Shows: PRO-15
 void TestProfileV25ToV30::v28AddsTheFactoryDuration()
 {
     const TestDatabase database("profile.db");
@@ -328,6 +332,7 @@ void TestProfileV25ToV30::v28AddsTheFactoryDuration()
     QCOMPARE(DatabaseContent(database).lines(), expected.lines());
 }
 
+/// Shows: PRO-15
 void TestProfileV25ToV30::v29GivesIdsToAntiXaReagents()
 {
     const TestDatabase database("profile.db");
@@ -370,6 +375,7 @@ void TestProfileV25ToV30::v29TakesAnIdThatIsANumberOfAnother()
              QStringList({"'PT', 121", "'R1(XA)', '121'", "'R2(XA)', '122'"}));
 }
 
+/// Shows: PRO-15
 void TestProfileV25ToV30::v30RenamesAndExtendsVwfAndPlasminogen()
 {
     const TestDatabase database("profile.db");
@@ -416,6 +422,7 @@ void TestProfileV25ToV30::v30RenamesReagentsOfTheTypeOnly()
                           "'Plg ct'", "'vWF ct'"}));
 }
 
+/// Shows: PRO-16
 void TestProfileV25ToV30::v30KeepsRowsThatExist()
 {
     const TestDatabase database("profile.db");

@@ -196,6 +196,7 @@ void TestAttention::tellsWhatDatabasesHave_data()
         << "The identifier of the reagent 'CaCl2' changed from 'A101' to 'A101(3)'.";
 }
 
+/// Shows: REP-12
 void TestAttention::tellsWhatDatabasesHave()
 {
     QFETCH(QString, name);
@@ -279,6 +280,7 @@ void TestAttention::isSilentOtherwise_data()
                                    << QStringList{"create virtual table t using fts5(x)"};
 }
 
+/// Shows: REP-12
 void TestAttention::isSilentOtherwise()
 {
     QFETCH(QString, name);
@@ -428,6 +430,7 @@ void TestAttention::linksToPlaces()
     QCOMPARE(anchors, (QStringList{"curves", "curve-1", "table-profile-2", "objects-profile"}));
 }
 
+/// Shows: REP-12
 void TestAttention::ordersByImportance()
 {
     Report report = soundReport();

@@ -64,6 +64,7 @@ void TestCompareFolders::init()
     }
 }
 
+/// Shows: REP-7
 void TestCompareFolders::comparesTwoFolders()
 {
     const ToolRun run = compare();
@@ -77,6 +78,7 @@ void TestCompareFolders::comparesTwoFolders()
     QCOMPARE(laboratory->temporaryFiles(), QStringList());
 }
 
+/// Shows: REP-7
 void TestCompareFolders::readsTheLog()
 {
     compare({"--log", path("after/upgrade.log")});
@@ -131,6 +133,7 @@ void TestCompareFolders::reportsADatabaseOfOneFolder()
     QCOMPARE(databaseIn(laboratory->facts(), "data")["problem"], QJsonValue());
 }
 
+/// Shows: REP-4
 void TestCompareFolders::reportsADamagedDatabase()
 {
     QFile file(path("after/qc.db"));
@@ -154,6 +157,7 @@ void TestCompareFolders::reportsALockedDatabase_data()
                             << "The database after the upgrade is locked by another program.";
 }
 
+/// Shows: REP-4
 void TestCompareFolders::reportsALockedDatabase()
 {
     QFETCH(QString, mode);
@@ -218,6 +222,7 @@ void TestCompareFolders::leavesTheFoldersAsTheyWere_data()
     QTest::newRow("in use") << QByteArray("delete") << "begin immediate;" + create << false;
 }
 
+/// Shows: REP-7
 void TestCompareFolders::leavesTheFoldersAsTheyWere()
 {
     QFETCH(QByteArray, mode);
@@ -238,6 +243,7 @@ void TestCompareFolders::leavesTheFoldersAsTheyWere()
     QCOMPARE(Laboratory::filesIn(path("after")), after);
 }
 
+/// Shows: REP-19
 void TestCompareFolders::recordsTheFilesOfBothFolders()
 {
     compare();

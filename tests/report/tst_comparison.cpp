@@ -182,6 +182,7 @@ void TestComparison::rowsMeet_data()
         << QStringList{"t: changed 1", "  id = 1 | x: 2 -> 3, y: 4 -> 6"};
 }
 
+/// Shows: REP-9
 void TestComparison::rowsMeet()
 {
     QFETCH(QStringList, before);
@@ -236,6 +237,7 @@ void TestComparison::settingsMeetByTheirNewNames_data()
                        "  name = 'program/PT/volume' | name = 'program/PT/volume', value = 2"};
 }
 
+/// Shows: REP-9
 void TestComparison::settingsMeetByTheirNewNames()
 {
     QFETCH(QString, before);
@@ -250,6 +252,7 @@ void TestComparison::settingsMeetByTheirNewNames()
     QCOMPARE(differences(compared(databaseBefore, databaseAfter, "profile")), expected);
 }
 
+/// Shows: REP-9
 void TestComparison::countsColumnsAndOverwrittenValues()
 {
     const QString table = "create table t(id integer primary key, x, y, z)";
@@ -295,6 +298,7 @@ void TestComparison::tellsObjects()
                      "new index KEPT2 of t", "new view g of g"}));
 }
 
+/// Shows: REP-9
 void TestComparison::tellsTablesThatAreNewOrGone()
 {
     const TestDatabase before;
@@ -361,6 +365,7 @@ void TestComparison::showsExamplesOnly()
     QCOMPARE(all.changedRows.size(), 30);
 }
 
+/// Shows: REP-15
 void TestComparison::showsCountsOnly()
 {
     const TestDatabase before;

@@ -212,6 +212,7 @@ void TestComparisonOdd::takesNamesAsTheyAre()
     }
 }
 
+/// Shows: REP-17
 void TestComparisonOdd::readsNoVirtualTable()
 {
     const TestDatabase before;
@@ -228,6 +229,7 @@ void TestComparisonOdd::readsNoVirtualTable()
     }
 }
 
+/// Shows: REP-17
 void TestComparisonOdd::readsNoEndlessView()
 {
     const QString endless =
@@ -248,6 +250,7 @@ void TestComparisonOdd::readsNoEndlessView()
     QVERIFY(!facts.versionAfter);
 }
 
+/// Shows: REP-17
 void TestComparisonOdd::callsNoHarmfulFunction()
 {
     const TestDatabase before;

@@ -67,6 +67,7 @@ void TestComparisonValues::tellsValuesApart_data()
                                   << "X'610063'";
 }
 
+/// Shows: REP-10
 void TestComparisonValues::tellsValuesApart()
 {
     QFETCH(QString, type);
@@ -185,6 +186,7 @@ void TestComparisonValues::writesLiterals_data()
                                         << "'a\x1b\n'";
 }
 
+/// Shows: REP-10
 void TestComparisonValues::writesLiterals()
 {
     QFETCH(QString, value);
@@ -223,6 +225,7 @@ void TestComparisonValues::writesLiteralsOfUtf16()
                               + QChar(0) + "血😀'"}));
 }
 
+/// Shows: REP-15
 void TestComparisonValues::showsNoPassword()
 {
     const QString user = "create table user(id integer primary key, name text, Password text)";

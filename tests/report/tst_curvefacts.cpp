@@ -44,6 +44,7 @@ void TestCurveFacts::findsRefittedCurves_data()
         QTest::newRow(column) << column << false;
 }
 
+/// Shows: REP-14
 void TestCurveFacts::findsRefittedCurves()
 {
     QFETCH(QString, change);

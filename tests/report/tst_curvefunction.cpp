@@ -339,6 +339,7 @@ void TestCurveFunction::differsByTheLargestShareOfTheResult_data()
     QTest::newRow("one point") << logarithmic << 100.0 * (1.0 - std::pow(10.0, -0.01));
 }
 
+/// Shows: REP-14
 void TestCurveFunction::differsByTheLargestShareOfTheResult()
 {
     QFETCH(CurveFacts, curve);

@@ -249,6 +249,7 @@ void TestCurvePlot::writesPerCentForPeople()
     QCOMPARE(percentText(percent), text);
 }
 
+/// Shows: REP-14
 void TestCurvePlot::drawsPointsAndBothCurves()
 {
     const Drawing drawing(sampleCurve());

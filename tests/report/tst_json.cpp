@@ -144,6 +144,7 @@ void TestJson::holdsEachFact_data()
     row("record/sqliteVersion", "3.40.1");
 }
 
+/// Shows: REP-18
 void TestJson::holdsEachFact()
 {
     QFETCH(QString, path);
@@ -185,6 +186,7 @@ void TestJson::holdsNullForWhatIsNotKnown_data()
         QTest::newRow(path) << path;
 }
 
+/// Shows: REP-18
 void TestJson::holdsNullForWhatIsNotKnown()
 {
     QFETCH(QString, path);
@@ -217,6 +219,7 @@ void TestJson::staysReadableWithHostileTexts_data()
                                     << "a?b";
 }
 
+/// Shows: REP-18
 void TestJson::staysReadableWithHostileTexts()
 {
     QFETCH(QString, text);

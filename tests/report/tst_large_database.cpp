@@ -65,6 +65,7 @@ void TestLargeDatabase::initTestCase()
     snapshot = takeSnapshot(original(), copy(), countNothing);
 }
 
+/// Shows: REP-3
 void TestLargeDatabase::copiesWhatLiesBeyondTheLocks()
 {
     QCOMPARE(snapshot.problem, QString());

@@ -124,6 +124,7 @@ void TestPage::givesTheVerdictInColourSymbolAndWords_data()
                                        << "✗ Wrong Something is wrong";
 }
 
+/// Shows: REP-13
 void TestPage::givesTheVerdictInColourSymbolAndWords()
 {
     QFETCH(Report, report);
@@ -152,6 +153,7 @@ void TestPage::doesNotSayThatAComparisonChangedNothing()
     QVERIFY(!page.elements().constFirst().text.contains("unchanged"));
 }
 
+/// Shows: REP-13
 void TestPage::answersWhatMostPeopleAsk()
 {
     const ParsedPage page(sampleReport());
@@ -175,6 +177,7 @@ void TestPage::answersThatThereIsNothingToCalibrate()
                           "Which settings changed? No value was overwritten"}));
 }
 
+/// Shows: REP-12
 void TestPage::linksEachPointToItsPlace()
 {
     const Report report = sampleReport();
@@ -408,6 +411,7 @@ void TestPage::saysThatPatientsAreHidden()
     QVERIFY(!isHidden("database-profile"));
 }
 
+/// Shows: REP-14
 void TestPage::showsEachCurveAsPictureAndNumbers()
 {
     const ParsedPage page(sampleReport());
@@ -444,6 +448,7 @@ void TestPage::marksWarningsOfTheLog()
     QCOMPARE(page.withId("log-2").attributes.value("class"), QString("warning"));
 }
 
+/// Shows: REP-19
 void TestPage::endsWithTheRecord()
 {
     const QStringList rows = ParsedPage(sampleReport()).rowsWithin("record");

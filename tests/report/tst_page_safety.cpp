@@ -62,6 +62,7 @@ private slots:
     void reportsADeviceThatTakesNoMore();
 };
 
+/// Shows: REP-16
 void TestPageSafety::hasNoScriptAndNothingFromOutside()
 {
     const ParsedPage page(sampleReport());
@@ -120,6 +121,7 @@ void TestPageSafety::showsHostileTextsAsText_data()
             + "w" << QString(1'999, 'w') + " … (2,002 letters)";
 }
 
+/// Shows: REP-17
 void TestPageSafety::showsHostileTextsAsText()
 {
     QFETCH(QString, text);
@@ -153,6 +155,7 @@ void TestPageSafety::passesTidy_data()
     QTest::newRow("empty texts") << empty;
 }
 
+/// Shows: REP-16
 void TestPageSafety::passesTidy()
 {
     if (QStandardPaths::findExecutable("tidy").isEmpty())

@@ -14,6 +14,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <filesystem>
 #include <memory>
 
 #ifdef Q_OS_UNIX
@@ -53,6 +54,7 @@ private slots:
     void refusesAFolderForCopies_data();
     void refusesAFolderForCopies();
     void refusesToRehearseNothing();
+    void copiesNothingWithoutTheSpaceForAll();
     void writesNoReportItCannotWrite_data();
     void writesNoReportItCannotWrite();
     void refusesToOverwriteADatabase();
@@ -73,6 +75,7 @@ void TestRehearse::init()
     laboratory = std::make_unique<Laboratory>();
 }
 
+/// Shows: REP-1, REP-8
 void TestRehearse::reportsAnUpgradeThatWorks()
 {
     const ToolRun run = laboratory->run(laboratory->rehearsal());
@@ -88,6 +91,7 @@ void TestRehearse::reportsAnUpgradeThatWorks()
     QVERIFY(laboratory->pageText().contains("</html>"));
 }
 
+/// Shows: REP-21
 void TestRehearse::namesTheReportAloneOnStandardOutput()
 {
     const ToolRun run = laboratory->run(laboratory->rehearsal());
@@ -154,6 +158,7 @@ void TestRehearse::findsTheDatabases()
     }
 }
 
+/// Shows: REP-19
 void TestRehearse::recordsTheOriginals()
 {
     laboratory->run(laboratory->rehearsal());
@@ -165,6 +170,7 @@ void TestRehearse::recordsTheOriginals()
              QString(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex()));
 }
 
+/// Shows: REP-1
 void TestRehearse::recordsTheSteps()
 {
     laboratory->run(laboratory->rehearsal());
@@ -176,6 +182,7 @@ void TestRehearse::recordsTheSteps()
     QCOMPARE(steps.last()["signature"], "update_v30()");
 }
 
+/// Shows: REP-5
 void TestRehearse::removesTheCopies()
 {
     laboratory->run(laboratory->rehearsal());
@@ -183,6 +190,7 @@ void TestRehearse::removesTheCopies()
     QCOMPARE(laboratory->temporaryFiles(), QStringList());
 }
 
+/// Shows: REP-5
 void TestRehearse::keepsTheCopiesWhereItIsAskedTo()
 {
     const QString folder = laboratory->result("copies");
@@ -197,6 +205,7 @@ void TestRehearse::keepsTheCopiesWhereItIsAskedTo()
     QCOMPARE(laboratory->temporaryFiles(), QStringList());
 }
 
+/// Shows: REP-5
 void TestRehearse::keepsTheCopiesForTheUserAlone()
 {
 #ifdef Q_OS_WIN
@@ -255,6 +264,25 @@ void TestRehearse::refusesToRehearseNothing()
     QCOMPARE(laboratory->temporaryFiles(), QStringList());
 }
 
+/// Shows: REP-6
+void TestRehearse::copiesNothingWithoutTheSpaceForAll()
+{
+    // A hole in a file takes no space, but a rehearsal counts it: it would need the double of what is free.
+    const std::filesystem::path database = QFileInfo(path("qc.db")).filesystemFilePath();
+    std::error_code error;
+    std::filesystem::resize_file(database, std::filesystem::space(database).available / 2, error);
+    if (error)
+        QSKIP("this file system has no such large files: a lack of space is NOT tested");
+    const QStringList before = QDir(path("")).entryList(QDir::Files);
+
+    const ToolRun run = laboratory->run(laboratory->rehearsal());
+
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.errors.startsWith(message("The rehearsal needs ")), run.errors);
+    QCOMPARE(laboratory->temporaryFiles(), QStringList());
+    QCOMPARE(QDir(path("")).entryList(QDir::Files), before);
+}
+
 void TestRehearse::writesNoReportItCannotWrite_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -266,6 +294,7 @@ void TestRehearse::writesNoReportItCannotWrite_data()
     QTest::newRow("both in one file") << QStringList{"--json", "./vardo-report.html"};
 }
 
+/// Shows: REP-20
 void TestRehearse::writesNoReportItCannotWrite()
 {
     QFETCH(QStringList, arguments);
@@ -280,6 +309,7 @@ void TestRehearse::writesNoReportItCannotWrite()
     QCOMPARE(laboratory->pageText(), QByteArray("the report of yesterday"));
 }
 
+/// Shows: REP-20
 void TestRehearse::refusesToOverwriteADatabase()
 {
     const QStringList before = laboratory->files();
@@ -308,6 +338,7 @@ void TestRehearse::refusesToOverwriteTheLogOfALinkedDatabase()
 #endif
 }
 
+/// Shows: REP-15
 void TestRehearse::showsPatientsOnlyWhenAskedTo()
 {
     executeOn(path("data.db"), {"update patient set name = 'Jane Roe'"});
@@ -319,6 +350,7 @@ void TestRehearse::showsPatientsOnlyWhenAskedTo()
     QVERIFY(laboratory->facts()["examplesOfPatients"].toBool());
 }
 
+/// Shows: REP-21
 void TestRehearse::showsPlainProgress()
 {
     const ToolRun run = laboratory->run(laboratory->rehearsal());
@@ -326,6 +358,7 @@ void TestRehearse::showsPlainProgress()
     QCOMPARE(run.errors, plainProgress);
 }
 
+/// Shows: REP-21
 void TestRehearse::showsNothingWithQuiet()
 {
     const ToolRun run = laboratory->run(laboratory->rehearsal({"--quiet"}));

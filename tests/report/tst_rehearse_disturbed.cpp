@@ -61,6 +61,7 @@ void TestRehearseDisturbed::leavesTheOriginalsAsTheyWere_data()
     }
 }
 
+/// Shows: REP-2
 void TestRehearseDisturbed::leavesTheOriginalsAsTheyWere()
 {
     QFETCH(QByteArray, mode);
@@ -140,6 +141,7 @@ void TestRehearseDisturbed::reportsAFailure_data()
     QTest::newRow("cut short") << sound.bytes().first(5000);
 }
 
+/// Shows: REP-8
 void TestRehearseDisturbed::reportsAFailure()
 {
     QFETCH(QByteArray, bytes);
@@ -157,6 +159,7 @@ void TestRehearseDisturbed::reportsAFailure()
     QCOMPARE(laboratory->files(), before);
 }
 
+/// Shows: REP-4, REP-8
 void TestRehearseDisturbed::rehearsesTheOthersOfALockedDatabase()
 {
     OtherProgram other(path("data.db"));
@@ -179,6 +182,7 @@ void TestRehearseDisturbed::leavesTheOriginalsWhenItIsKilled_data()
         QTest::addRow("%d ms", milliseconds) << milliseconds;
 }
 
+/// Shows: REP-2
 void TestRehearseDisturbed::leavesTheOriginalsWhenItIsKilled()
 {
     QFETCH(int, milliseconds);
@@ -200,6 +204,7 @@ void TestRehearseDisturbed::removesTheCopiesWhenItIsStopped_data()
     leavesTheOriginalsWhenItIsKilled_data();
 }
 
+/// Shows: REP-5
 void TestRehearseDisturbed::removesTheCopiesWhenItIsStopped()
 {
 #ifdef Q_OS_UNIX
@@ -250,6 +255,7 @@ void TestRehearseDisturbed::reportsThatVardoWasKilled()
 #endif
 }
 
+/// Shows: REP-1
 void TestRehearseDisturbed::missesVardo()
 {
     const QString programs = laboratory->result("programs");

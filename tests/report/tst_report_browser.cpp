@@ -151,6 +151,7 @@ void TestReportBrowser::neverScrollsSideways_data()
     addPages();
 }
 
+/// Shows: REP-16
 void TestReportBrowser::neverScrollsSideways()
 {
     QFETCH(QByteArray, page);

@@ -48,6 +48,7 @@ void TestReportCommandLine::refusesWhatItDoesNotKnow_data()
         "The prefix names no folder in compare.");
 }
 
+/// Shows: REP-8
 void TestReportCommandLine::refusesWhatItDoesNotKnow()
 {
     QFETCH(QStringList, arguments);
@@ -71,6 +72,7 @@ void TestReportCommandLine::showsItsHelp_data()
     QTest::newRow("help for a command") << QStringList{"compare", "--help"};
 }
 
+/// Shows: REP-22
 void TestReportCommandLine::showsItsHelp()
 {
     QFETCH(QStringList, arguments);

@@ -122,6 +122,7 @@ void TestReportManual::pageNamesEachOption_data()
     addOptions({});
 }
 
+/// Shows: REP-22
 void TestReportManual::pageNamesEachOption()
 {
     QFETCH(QString, option);
@@ -135,6 +136,7 @@ void TestReportManual::chapterNamesEachOption_data()
     addOptions({"-h", "--help", "--version"}); // of every program
 }
 
+/// Shows: REP-22
 void TestReportManual::chapterNamesEachOption()
 {
     QFETCH(QString, option);
@@ -151,6 +153,7 @@ void TestReportManual::chapterNamesEachKey_data()
         QTest::newRow(qUtf8Printable(key)) << key;
 }
 
+/// Shows: REP-18
 void TestReportManual::chapterNamesEachKey()
 {
     QFETCH(QString, key);

@@ -90,6 +90,7 @@ void TestReportVersions::claimsNothingLost_data()
     }
 }
 
+/// Shows: REP-11
 void TestReportVersions::claimsNothingLost()
 {
     QFETCH(QString, name);

@@ -227,6 +227,7 @@ void TestSnapshot::copiesBesideAnotherProgram_data()
         << 1;
 }
 
+/// Shows: REP-3
 void TestSnapshot::copiesBesideAnotherProgram()
 {
     QFETCH(QByteArray, mode);
@@ -245,6 +246,7 @@ void TestSnapshot::copiesBesideAnotherProgram()
     QCOMPARE(filesIn(originals->path()), before);
 }
 
+/// Shows: REP-3
 void TestSnapshot::letsOthersReadAndKeepsThemFromWriting()
 {
     makeDatabase("delete");
@@ -306,6 +308,7 @@ void TestSnapshot::copiesWhatWasCommitted_data()
         << QByteArray("wal") << QByteArray("pragma cache_size=5;");
 }
 
+/// Shows: REP-3
 void TestSnapshot::copiesWhatWasCommitted()
 {
     QFETCH(QByteArray, mode);
@@ -434,6 +437,7 @@ void TestSnapshot::givesUpOnALockedDatabase_data()
                          << QByteArray("pragma locking_mode=exclusive; begin exclusive;");
 }
 
+/// Shows: REP-4
 void TestSnapshot::givesUpOnALockedDatabase()
 {
     QFETCH(QByteArray, mode);

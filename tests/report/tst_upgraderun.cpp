@@ -217,6 +217,7 @@ void TestUpgradeRun::showsTheCourse()
     QCOMPARE(partOfUpgrade(line), part);
 }
 
+/// Shows: REP-6
 void TestUpgradeRun::computesTheSpace()
 {
     const auto make = [this](const QString &name, qint64 bytes) {
@@ -235,6 +236,7 @@ void TestUpgradeRun::computesTheSpace()
     QCOMPARE(needed.upgrade, 880 + 1500);
 }
 
+/// Shows: REP-6
 void TestUpgradeRun::namesTheSpaceThatIsMissing()
 {
     const SpaceNeeded needed{2'000'000'000, 1'200'000'000};

@@ -295,6 +295,7 @@ void TestChangedValues::upgradeCopy(const TestDatabase &original, const QString 
 }
 
 /// A change that is in no line, and a line that the upgrade does not follow.
+/// Shows: PLT-5
 void TestChangedValues::holdsEveryChange()
 {
     QFETCH(QString, database);
@@ -307,6 +308,7 @@ void TestChangedValues::holdsEveryChange()
     QVERIFY2(found.isEmpty(), qUtf8Printable(found));
 }
 
+/// Shows: PLT-5
 void TestChangedValues::holdsOnlyChanges()
 {
     QFETCH(QString, database);

@@ -109,6 +109,7 @@ void TestConsoleLog::writesOneLineAMessage_data()
                               << QByteArray("Critical: critical: 凝血 ((null):0, (null))\n");
 }
 
+/// Shows: LOG-2
 void TestConsoleLog::writesOneLineAMessage()
 {
     QFETCH(QString, message);
@@ -122,6 +123,7 @@ void TestConsoleLog::writesOneLineAMessage()
     QCOMPARE(process->exitCode(), 0);
 }
 
+/// Shows: LOG-2
 void TestConsoleLog::endsLinesAsTheSystemDoes()
 {
     const auto process = send({"log.txt", "debug", "info", "close", "warning"});
@@ -197,6 +199,7 @@ void TestConsoleLog::appendsToAnExistingLog()
                         "Info: info: 凝血 ((null):0, (null))\n"));
 }
 
+/// Shows: LOG-6
 void TestConsoleLog::tearsNoLineOfAnotherProcess()
 {
     constexpr int count = 500;

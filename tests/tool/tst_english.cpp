@@ -74,6 +74,7 @@ private slots:
     void decidesTheTexts();
 };
 
+/// Shows: PRO-17
 void TestEnglish::hasEveryLabel()
 {
     if (QString(LUPDATE).isEmpty())
@@ -113,6 +114,7 @@ void TestEnglish::decidesTheTexts_data()
     QTest::newRow("no language") << shared << "C.UTF-8" << false;
 }
 
+/// Shows: PRO-17
 void TestEnglish::decidesTheTexts()
 {
     QFETCH(QString, folder);

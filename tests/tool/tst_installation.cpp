@@ -49,6 +49,7 @@ void TestInstallation::initTestCase()
              cmake.readAll().constData());
 }
 
+/// Shows: PLT-1
 void TestInstallation::holdsTheProgramsAndTheirDocuments()
 {
     const QString compressed = COMPRESSED ? ".gz" : "";
@@ -82,6 +83,7 @@ void TestInstallation::holdsTheProgramsAndTheirDocuments()
     QVERIFY(QFileInfo(root.filePath("bin/" REPORT)).isExecutable());
 }
 
+/// Shows: PLT-2
 void TestInstallation::hasAManualOfTheNewestVersions()
 {
     QFile manual(root.filePath(documents + "operating.md"));
@@ -97,6 +99,7 @@ void TestInstallation::hasAManualOfTheNewestVersions()
     QVERIFY2(text.contains(expected), qUtf8Printable(expected));
 }
 
+/// Shows: PLT-1
 void TestInstallation::hasAToolThatUpgrades()
 {
     const QByteArray newestVersion = QByteArray::number(newestVersionOf("profile"));
@@ -115,6 +118,7 @@ void TestInstallation::hasAToolThatUpgrades()
              QStringList{TRANSLATED ? "'Instrument'" : "'测量仪器'"});
 }
 
+/// Shows: PLT-1
 void TestInstallation::hasAReportThatRehearsesWithThatTool()
 {
     const TestDatabase database("profile.db");
@@ -129,6 +133,7 @@ void TestInstallation::hasAReportThatRehearsesWithThatTool()
     QVERIFY(QFileInfo::exists(page));
 }
 
+/// Shows: PLT-2
 void TestInstallation::isAPackageThatSaysWhoFitsTheCurves()
 {
     if (QStandardPaths::findExecutable("dpkg-deb").isEmpty())

@@ -115,6 +115,7 @@ void TestMakerLibraries::initTestCase()
                      "-DVARDO_MAKER_LIBRARIES=ON"}));
 }
 
+/// Shows: PLT-3
 void TestMakerLibraries::areWhatTheToolIsCompiledWith()
 {
     const QString headers = maker + "/include/coagulation/";
@@ -125,6 +126,7 @@ void TestMakerLibraries::areWhatTheToolIsCompiledWith()
                           headers + "zucore/zu.h"}));
 }
 
+/// Shows: PLT-3
 void TestMakerLibraries::areToldToTranslate()
 {
     const TestDatabase database("profile.db");
@@ -158,6 +160,7 @@ void TestMakerLibraries::areGivenTheCurve()
                          " point 2 2 -1 0"});
 }
 
+/// Shows: PLT-3
 void TestMakerLibraries::fitTheCurves()
 {
     const TestDatabase database("profile.db");
@@ -173,6 +176,7 @@ void TestMakerLibraries::fitTheCurves()
                           "'PT', 0.9, 3.2, -1.3, NULL, NULL, NULL, 1"})); // was valid
 }
 
+/// Shows: PLT-3
 void TestMakerLibraries::fitThePoints()
 {
     const TestDatabase database("profile.db");
@@ -186,6 +190,7 @@ void TestMakerLibraries::fitThePoints()
                           "31, 1.0, 0.5, 7.0, 80", "32, 2.0, 2.0, 14.0, 64"}));
 }
 
+/// Shows: PLT-2
 void TestMakerLibraries::makeAPackageOfTheirOwn()
 {
     if (QStandardPaths::findExecutable("dpkg-deb").isEmpty())
@@ -210,6 +215,7 @@ void TestMakerLibraries::areNamedAtTheEndOfTheConfiguration_data()
                                   << "the bundled stand-in; the package is vardo-standin";
 }
 
+/// Shows: PLT-2
 void TestMakerLibraries::areNamedAtTheEndOfTheConfiguration()
 {
     QFETCH(QString, library);

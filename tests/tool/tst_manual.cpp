@@ -153,6 +153,7 @@ void TestManual::explainsEveryMessage_data()
     }
 }
 
+/// Shows: PLT-8
 void TestManual::explainsEveryMessage()
 {
     QFETCH(QString, source);
@@ -174,6 +175,7 @@ void TestManual::explainsNoMessageThatIsNotThere_data()
         QTest::newRow(qUtf8Printable(line)) << line;
 }
 
+/// Shows: PLT-8
 void TestManual::explainsNoMessageThatIsNotThere()
 {
     QFETCH(QString, line);
@@ -192,6 +194,7 @@ void TestManual::showsEachCommandForWindowsToo_data()
         QTest::newRow(qUtf8Printable(commands.text)) << commands.next;
 }
 
+/// Shows: PLT-8
 void TestManual::showsEachCommandForWindowsToo()
 {
     QFETCH(QString, next);

@@ -30,6 +30,7 @@ void TestSchema::isTheUpgradedSample_data()
         QTest::newRow(name) << name;
 }
 
+/// Shows: PRO-1, DAT-1, QC-1, SYS-1
 void TestSchema::isTheUpgradedSample()
 {
     QFETCH(QString, name);

@@ -261,6 +261,7 @@ void TestStoredVersions::everyVersionIsUpgraded_data()
     }
 }
 
+/// Shows: ENG-13
 void TestStoredVersions::everyVersionIsUpgraded()
 {
     QFETCH(QString, name);
@@ -306,6 +307,7 @@ void TestStoredVersions::aVersionAboveTheNewestIsLowered_data()
     }
 }
 
+/// Shows: ENG-4
 void TestStoredVersions::aVersionAboveTheNewestIsLowered()
 {
     QFETCH(QString, name);
@@ -337,6 +339,7 @@ void TestStoredVersions::stepByStepIsTheSameAsOneRun_data()
     add("syslog", runStepByStep<coagulation::UpdateSyslog>);
 }
 
+/// Shows: ENG-14
 void TestStoredVersions::stepByStepIsTheSameAsOneRun()
 {
     QFETCH(QString, name);

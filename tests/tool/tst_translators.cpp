@@ -91,6 +91,7 @@ void TestTranslators::findsATranslation_data()
     QTest::newRow("shared, country") << shared + locale + ".qm";
 }
 
+/// Shows: PLT-4
 void TestTranslators::findsATranslation()
 {
     QFETCH(QString, file);
@@ -108,6 +109,7 @@ void TestTranslators::prefersTheFolderBesideTheExecutable()
     QCOMPARE(translated(), QString("first"));
 }
 
+/// Shows: PLT-4
 void TestTranslators::passesOverADamagedTranslation()
 {
     QFile damaged(root->filePath("bin/translations/vardo_" + language + ".qm"));

@@ -81,6 +81,7 @@ private slots:
     void logsToTheLastLogFileOnly();
     void appendsToTheLog();
     void logsToStandardErrorWhenTheLogCannotBeOpened();
+    void upgradesThoughTheLogCannotBeWritten();
     void warnsOfMissingDatabasesAndSucceeds();
     void reportsAnUpgrade();
     void upgradesAllFourWhereverTheyAre_data();
@@ -186,6 +187,7 @@ void TestVardo::showsItsUsage_data()
         << QStringList{"-前缀"} << 2 << QByteArray("Unknown option -前缀\n");
 }
 
+/// Shows: CLI-1
 void TestVardo::showsItsUsage()
 {
     QFETCH(QStringList, arguments);
@@ -218,6 +220,7 @@ void TestVardo::opensNoFileWhenItShowsItsUsage_data()
     QTest::newRow("unknown option") << QStringList{"log.txt", "-x"};
 }
 
+/// Shows: CLI-1
 void TestVardo::opensNoFileWhenItShowsItsUsage()
 {
     QFETCH(QStringList, arguments);
@@ -270,6 +273,7 @@ void TestVardo::takesAnyValueAfterAnOption_data()
                                         << "_b";
 }
 
+/// Shows: CLI-2
 void TestVardo::takesAnyValueAfterAnOption()
 {
     QFETCH(QStringList, arguments);
@@ -289,6 +293,7 @@ void TestVardo::takesAnyValueAfterAnOption()
     QVERIFY2(log.contains("Updating " + path(fileName).toUtf8()), log.constData());
 }
 
+/// Shows: LOG-1
 void TestVardo::logsToTheLastLogFileOnly()
 {
     const ToolRun result = run({"log1.txt", "log2.txt"});
@@ -299,6 +304,7 @@ void TestVardo::logsToTheLastLogFileOnly()
     QCOMPARE(result.output, QByteArray());
 }
 
+/// Shows: LOG-1
 void TestVardo::appendsToTheLog()
 {
     run({"log.txt"});
@@ -309,6 +315,7 @@ void TestVardo::appendsToTheLog()
     QCOMPARE(readText("log.txt"), first + first);
 }
 
+/// Shows: LOG-1
 void TestVardo::logsToStandardErrorWhenTheLogCannotBeOpened()
 {
     const ToolRun result = run({"missing/log.txt"});
@@ -317,6 +324,20 @@ void TestVardo::logsToStandardErrorWhenTheLogCannotBeOpened()
     QCOMPARE(result.exitCode, 0);
 }
 
+/// Shows: LOG-1
+void TestVardo::upgradesThoughTheLogCannotBeWritten()
+{
+    if (!QFile::exists("/dev/full"))
+        QSKIP("no /dev/full on this system: a log that cannot be written is NOT tested");
+    executeOn(path("syslog.db"), {"create table assay(time text)"});
+
+    const ToolRun result = run({"/dev/full"});
+
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(databaseRows(path("syslog.db"), "select version from version"), newestSyslogVersion);
+}
+
+/// Shows: CLI-4
 void TestVardo::warnsOfMissingDatabasesAndSucceeds()
 {
     const ToolRun result = run({"-p", "a_", "-s", "_b"});
@@ -327,6 +348,7 @@ void TestVardo::warnsOfMissingDatabasesAndSucceeds()
     QVERIFY(QDir(folder->path()).isEmpty());
 }
 
+/// Shows: LOG-3
 void TestVardo::reportsAnUpgrade()
 {
     executeOn(path("syslog.db"), {"create table assay(time text)"});
@@ -375,6 +397,7 @@ void TestVardo::upgradesAllFourWhereverTheyAre_data()
                                             << "%1's" << true;
 }
 
+/// Shows: CLI-2
 void TestVardo::upgradesAllFourWhereverTheyAre()
 {
     QFETCH(QString, prefix);
@@ -403,6 +426,7 @@ void TestVardo::upgradesThoseThatAreThere_data()
         QTest::addRow("%d%d%d%d", there & 1, there >> 1 & 1, there >> 2 & 1, there >> 3) << there;
 }
 
+/// Shows: CLI-4
 void TestVardo::upgradesThoseThatAreThere()
 {
     QFETCH(int, there);
@@ -426,6 +450,7 @@ void TestVardo::upgradesThoseThatAreThere()
     }
 }
 
+/// Shows: LOG-3
 void TestVardo::logsEveryRunInOneFile()
 {
     for (const QString &name : names)
@@ -466,6 +491,7 @@ void TestVardo::leavesALogWhenItIsKilled_data()
     QTest::newRow("after some steps") << 10 << QStringList() << reading << stepLog("data", 10);
 }
 
+/// Shows: LOG-6
 void TestVardo::leavesALogWhenItIsKilled()
 {
     QFETCH(int, stored);
@@ -498,6 +524,7 @@ void TestVardo::leavesALogWhenItIsKilled()
     QCOMPARE(logLines(path("log.txt")), expected);
 }
 
+/// Shows: CLI-3
 void TestVardo::stopsAtTheFirstFailure()
 {
     QDir(folder->path()).mkdir("profile.db");
@@ -521,6 +548,7 @@ void TestVardo::keepsTheDatabasesBeforeTheFailure_data()
         QTest::newRow(qUtf8Printable(names.at(i))) << i;
 }
 
+/// Shows: CLI-3
 void TestVardo::keepsTheDatabasesBeforeTheFailure()
 {
     QFETCH(int, failing);
@@ -551,6 +579,7 @@ void TestVardo::keepsTheDatabasesBeforeTheFailure()
     }
 }
 
+/// Shows: CLI-5
 void TestVardo::closesTheDatabases()
 {
     executeOn(path("syslog.db"), {"pragma journal_mode=wal", "create table assay(time text)"});
@@ -560,6 +589,7 @@ void TestVardo::closesTheDatabases()
     QCOMPARE(QDir(folder->path()).entryList(QDir::Files), QStringList({"log.txt", "syslog.db"}));
 }
 
+/// Shows: CLI-2
 void TestVardo::doesNotTakeAPrefixForAUri()
 {
     if (!canBeFileName("file:syslog.db"))
@@ -592,6 +622,7 @@ void TestVardo::logsTheSameInEveryEnvironment_data()
     QTest::newRow("unknown locale") << QStringList{"LC_ALL", "xx_XX.ISO-8859-5"};
 }
 
+/// Shows: LOG-5
 void TestVardo::logsTheSameInEveryEnvironment()
 {
     QFETCH(QStringList, variables);
@@ -616,6 +647,7 @@ void TestVardo::logsTheSameInEveryEnvironment()
     QCOMPARE(result.exitCode, 0);
 }
 
+/// Shows: CLI-2
 void TestVardo::readsTheFileNamesFromTheWorkingDirectory()
 {
     QVERIFY(QDir(folder->path()).mkdir("lab"));
@@ -626,6 +658,7 @@ void TestVardo::readsTheFileNamesFromTheWorkingDirectory()
     QCOMPARE(databaseRows(path("lab/syslog.db"), "select * from version"), newestSyslogVersion);
 }
 
+/// Shows: REL-5
 void TestVardo::leavesAReadOnlyFileAsItWas()
 {
     executeOn(path("syslog.db"), {"create table assay(time text)"});
@@ -659,6 +692,7 @@ void TestVardo::leavesAReadOnlyFileAsItWas()
     QCOMPARE(log.constLast(), "Debug: update_v1() : FAIL");
 }
 
+/// Shows: REL-5
 void TestVardo::leavesTheFileAsItWasWhenTheDiskIsFull()
 {
 #ifdef Q_OS_WIN
@@ -682,6 +716,7 @@ void TestVardo::leavesTheFileAsItWasWhenTheDiskIsFull()
     QCOMPARE(QDir(folder->path()).entryList(QDir::Files), QStringList({"log.txt", "syslog.db"}));
 }
 
+/// Shows: ENG-12
 void TestVardo::leavesAFileThatIsNoDatabaseAsItWas()
 {
     QFile file(path("syslog.db"));
@@ -700,6 +735,7 @@ void TestVardo::leavesAFileThatIsNoDatabaseAsItWas()
              result.errors.constData());
 }
 
+/// Shows: ENG-12
 void TestVardo::reportsAFolderInPlaceOfADatabase()
 {
     QVERIFY(QDir(folder->path()).mkdir("profile.db"));
@@ -722,6 +758,7 @@ void TestVardo::tellsWhatToInstallWhenTheDriverIsNotUsable_data()
     QTest::newRow("a plugin that cannot be loaded") << true;
 }
 
+/// Shows: LOG-7
 void TestVardo::tellsWhatToInstallWhenTheDriverIsNotUsable()
 {
 #ifdef Q_OS_WIN

@@ -305,6 +305,7 @@ void TestWindowsDisturbed::givesUpOnALock_data()
     addLockRows();
 }
 
+/// Shows: PLT-7
 void TestWindowsDisturbed::givesUpOnALock()
 {
     QFETCH(bool, ahead);
@@ -341,6 +342,7 @@ void TestWindowsDisturbed::waitsForTheHolderOfAFile_data()
     QTest::newRow("readers") << "readers";
 }
 
+/// Shows: PLT-7
 void TestWindowsDisturbed::waitsForTheHolderOfAFile()
 {
     if (QString(WINDOWS_HOLDER).isEmpty())
@@ -410,6 +412,7 @@ void TestWindowsDisturbed::upgradesAfterARunWasKilled_data()
     QTest::newRow("write-ahead log") << QStringList{"pragma journal_mode=wal"};
 }
 
+/// Shows: PLT-7
 void TestWindowsDisturbed::upgradesAfterARunWasKilled()
 {
     constexpr int kills = 16;
@@ -538,6 +541,7 @@ void TestWindowsDisturbed::keepsTheOldContentWhenTheDiskIsFull_data()
         QTest::addRow("%d KiB free", free) << free;
 }
 
+/// Shows: PLT-7
 void TestWindowsDisturbed::keepsTheOldContentWhenTheDiskIsFull()
 {
     QFETCH(int, free);

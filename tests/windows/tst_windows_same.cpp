@@ -208,6 +208,7 @@ void TestWindowsSame::takesTheSameCommandLines_data()
     add({""}, 0);
 }
 
+/// Shows: PLT-6
 void TestWindowsSame::takesTheSameCommandLines()
 {
     QFETCH(QStringList, arguments);
@@ -235,6 +236,7 @@ void TestWindowsSame::upgradesEveryStoredVersion_data()
     }
 }
 
+/// Shows: PLT-6
 void TestWindowsSame::upgradesEveryStoredVersion()
 {
     QFETCH(QString, name);
@@ -316,6 +318,7 @@ void TestWindowsSame::fitsTheSameCurves_data()
     QTest::newRow("logistic curves through points far from them") << "DD" << 0.1;
 }
 
+/// Shows: PLT-6
 void TestWindowsSame::fitsTheSameCurves()
 {
     QFETCH(QString, calibration);
