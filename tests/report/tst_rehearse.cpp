@@ -321,6 +321,7 @@ void TestRehearse::refusesToOverwriteADatabase()
     QCOMPARE(laboratory->files(), before);
 }
 
+/// Shows: REP-20
 void TestRehearse::refusesToOverwriteTheLogOfALinkedDatabase()
 {
 #ifdef Q_OS_UNIX
