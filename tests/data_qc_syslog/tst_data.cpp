@@ -105,7 +105,7 @@ void TestData::reachesTheNewestVersionFromEveryVersion_data()
     addVersionRows("data");
 }
 
-/// Shows: DAT-1, DAT-2
+/// Shows: DAT-1, DAT-2, DAT-8
 void TestData::reachesTheNewestVersionFromEveryVersion()
 {
     QFETCH(int, stored);

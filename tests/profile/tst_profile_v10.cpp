@@ -465,7 +465,7 @@ void TestProfileV10::upgradesEveryVersion_data()
         QTest::addRow("%d", version) << version;
 }
 
-/// Shows: PRO-1
+/// Shows: PRO-1, PRO-5
 void TestProfileV10::upgradesEveryVersion()
 {
     QFETCH(int, stored);
