@@ -317,8 +317,8 @@ QList<Attention> shortened(const QList<Attention> &all)
     return kept;
 }
 
-/// \return "The data database reaches", "All 4 databases reach"
-QString databasesReach(const Report &report)
+/// \return "the data database" and the first verb, "all 4 databases" and the second one
+QString databasesAndVerb(const Report &report, const char *ofOne, const char *ofSeveral)
 {
     QStringList names;
     for (const DatabaseFacts &database : report.databases) {
@@ -326,8 +326,8 @@ QString databasesReach(const Report &report)
             names << database.name;
     }
     if (names.size() == 1)
-        return QString("the %1 database reaches").arg(names.first());
-    return QString("all %1 databases reach").arg(names.size());
+        return QString("the %1 database %2").arg(names.first(), ofOne);
+    return QString("all %1 databases %2").arg(QString::number(names.size()), ofSeveral);
 }
 
 QString pointsOf(qsizetype count)
@@ -360,6 +360,14 @@ bool succeeded(const Report &report)
     return failuresOf(report).isEmpty();
 }
 
+bool isUpgraded(const Report &report)
+{
+    return std::any_of(
+        report.databases.begin(), report.databases.end(), [](const DatabaseFacts &database) {
+            return database.versionBefore.value_or(0) < database.versionAfter.value_or(0);
+        });
+}
+
 QString verdict(const Report &report)
 {
     const bool rehearsal = report.use == Use::Rehearsal;
@@ -373,15 +381,21 @@ QString verdict(const Report &report)
             .arg(rehearsal ? "The upgrade fails" : "Something is wrong", place, first.clause);
     }
     const QList<Attention> attention = attentionOf(report);
+    const QString points = attention.isEmpty() ? QString() : "; " + pointsOf(attention.size());
+    if (!isUpgraded(report))
+        return rehearsal
+            ? QString("There is nothing to upgrade: %1 at the version that this vardo knows%2.")
+                  .arg(databasesAndVerb(report, "is", "are"), points)
+            : QString("Nothing was upgraded: %1 at the newest version before%2.")
+                  .arg(databasesAndVerb(report, "was", "were"), points);
     if (!rehearsal)
         return attention.isEmpty()
             ? QString("The upgrade worked, and nothing needs attention.")
             : QString("The upgrade worked, and %1.").arg(pointsOf(attention.size()));
     const QString time =
         report.milliseconds ? ", in " + timeInWords(*report.milliseconds) : QString();
-    const QString points = attention.isEmpty() ? QString() : "; " + pointsOf(attention.size());
     return QString("The upgrade works: %1 the version that this vardo knows%2%3.")
-        .arg(databasesReach(report), time, points);
+        .arg(databasesAndVerb(report, "reaches", "reach"), time, points);
 }
 
 } // namespace coagulation::report

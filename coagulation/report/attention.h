@@ -12,6 +12,9 @@ QList<Attention> attentionOf(const Report &report);
 /// \return whether the upgrade works, or nothing is wrong in a comparison
 bool succeeded(const Report &report);
 
+/// \return whether a database has a higher version than before
+bool isUpgraded(const Report &report);
+
 /// \return the verdict, one sentence
 QString verdict(const Report &report);
 

@@ -131,10 +131,14 @@ private:
 
     void addDamage()
     {
-        if (!isDamaged(database.integrityAfter))
-            return;
-        const QString when = isDamaged(database.integrityBefore) ? QString() : " after the upgrade";
-        add("it is damaged.", subject() + " is damaged" + when + ": " + database.integrityAfter);
+        const bool before = isDamaged(database.integrityBefore);
+        if (isDamaged(database.integrityAfter))
+            add("it is damaged.",
+                subject() + " is damaged" + (before ? QString() : " after the upgrade") + ": "
+                    + database.integrityAfter);
+        else if (before) // a copy that nobody can go back to
+            add("it was damaged before the upgrade.",
+                subject() + " was damaged before the upgrade: " + database.integrityBefore);
     }
 
     void addVersions(bool upgraded)
@@ -147,7 +151,8 @@ private:
                 QString(
                     "%1 was at version %2 before the upgrade. The newest one that vardo knows is %3.")
                     .arg(subject(), QString::number(before), newest));
-        if (upgraded && after < database.newestVersion)
+        // One that is higher comes from a vardo of another version, whose changes this program does not know.
+        if (upgraded && after != database.newestVersion)
             add(QString("it is at version %1, not at %2.").arg(QString::number(after), newest),
                 QString("%1 is at version %2 after the upgrade, not at %3.")
                     .arg(subject(), QString::number(after), newest));

@@ -23,6 +23,8 @@ Judgement judgementOf(const Report &report)
     const bool rehearsal = report.use == Use::Rehearsal;
     if (!succeeded(report))
         return {"bad", rehearsal ? "✗ Fails" : "✗ Wrong"};
+    if (!isUpgraded(report)) // in a comparison, the copies may be of a day too late
+        return {"look", rehearsal ? "! Nothing to do" : "! Not upgraded"};
     if (!report.attention.isEmpty())
         return {"look", rehearsal ? "! Works, look below" : "! Look below"};
     return {"good", rehearsal ? "✓ Works" : "✓ In order"};
@@ -108,7 +110,8 @@ void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile)
         invalid << Link{"curves", name};
     const Answer answer(page, "Which curves must be calibrated again?");
     if (invalid.isEmpty() && refitted.isEmpty())
-        page.text("None: no curve is invalid, and none was fitted once more");
+        page.text(
+            "None because of this upgrade: no curve is invalid, and none was fitted once more");
     writeCurveNames(page, "Invalid: ", invalid);
     writeCurveNames(page, "Fitted once more: ", refitted);
 }

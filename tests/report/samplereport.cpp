@@ -208,7 +208,7 @@ Report calmReport()
     Report report;
     report.use = Use::Comparison;
     report.record.vardoVersion = "1.1.0";
-    report.databases << upgradedDatabase("profile", 30, 30);
+    report.databases << upgradedDatabase("profile", 29, 30);
     report.databases[0].steps.clear();
     report.databases[0].tables << plainTable("reagent", 12, 12);
     return report;

@@ -335,6 +335,15 @@ void TestAttention::tellsFailures_data()
             report.databases[3].integrityBefore = "Page 3 is never used";
             report.databases[3].integrityAfter = "Page 3 is never used";
         });
+    add("damaged before alone", " at the syslog database: it was damaged before the upgrade.",
+        {"The syslog database was damaged before the upgrade: Page 3 is never used"},
+        [](Report &report) { report.databases[3].integrityBefore = "Page 3 is never used"; });
+    add("too high", " at the profile database: it is at version 31, not at 30.",
+        {"The profile database is at version 31 after the upgrade, not at 30."},
+        [](Report &report) {
+            report.databases[0].newestVersion = 30;
+            report.databases[0].versionAfter = 31;
+        });
     add("too low", " at the profile database: it is at version 9, not at 30.",
         {"The profile database is at version 9 after the upgrade, not at 30."}, [](Report &report) {
             report.databases[0].newestVersion = 30;
@@ -476,6 +485,24 @@ void TestAttention::givesAVerdict_data()
     report.databases.first().filesAfter.clear();
     QTest::newRow("comparison with a failure")
         << report << "Something is wrong at the profile database: it is missing after the upgrade.";
+
+    report = soundReport();
+    for (DatabaseFacts &database : report.databases)
+        database.versionBefore = database.versionAfter;
+    QTest::newRow("rehearsal of upgraded databases")
+        << report
+        << "There is nothing to upgrade: all 4 databases are at the version that this vardo knows.";
+    report.log = {{"Warning: one", {}, true}};
+    report.databases.resize(1);
+    QTest::newRow("rehearsal of one upgraded database")
+        << report
+        << "There is nothing to upgrade: the profile database is at the version that this vardo knows;"
+           " 1 point needs attention.";
+    report.use = Use::Comparison;
+    QTest::newRow("comparison of upgraded databases")
+        << report
+        << "Nothing was upgraded: the profile database was at the newest version before;"
+           " 1 point needs attention.";
 }
 
 void TestAttention::givesAVerdict()

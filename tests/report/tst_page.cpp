@@ -120,6 +120,13 @@ void TestPage::givesTheVerdictInColourSymbolAndWords_data()
                                       << "✓ In order The upgrade worked";
     QTest::newRow("comparison, points") << withPoint(calmReport()) << "look"
                                         << "! Look below The upgrade worked";
+    Report later = calmReport();
+    later.databases[0].versionBefore = later.databases[0].versionAfter;
+    QTest::newRow("comparison, nothing upgraded") << later << "look"
+                                                  << "! Not upgraded Nothing was upgraded";
+    later.use = Use::Rehearsal;
+    QTest::newRow("rehearsal, nothing to upgrade") << later << "look"
+                                                   << "! Nothing to do There is nothing to upgrade";
     QTest::newRow("comparison, wrong") << wrongComparison() << "bad"
                                        << "✗ Wrong Something is wrong";
 }
@@ -171,10 +178,11 @@ void TestPage::answersThatThereIsNothingToCalibrate()
     const ParsedPage page(calmReport());
 
     QCOMPARE(page.textsWithin("answers", "li"),
-             QStringList({"Is anything wrong? No",
-                          "Which curves must be calibrated again? None: no curve is invalid, and "
-                          "none was fitted once more",
-                          "Which settings changed? No value was overwritten"}));
+             QStringList(
+                 {"Is anything wrong? No",
+                  "Which curves must be calibrated again? None because of this upgrade: no curve "
+                  "is invalid, and none was fitted once more",
+                  "Which settings changed? No value was overwritten"}));
 }
 
 /// Shows: REP-12
