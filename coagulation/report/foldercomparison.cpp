@@ -10,6 +10,9 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <system_error>
+
 namespace coagulation::report {
 
 namespace {
@@ -25,6 +28,14 @@ bool hasHeaderOfLog(const QString &database)
 bool needsCopy(const QString &database)
 {
     return filesOf(database).size() > 1 || hasHeaderOfLog(database);
+}
+
+/// \return whether two names lead to one file, as those of a link and of what it leads to
+bool isSameFile(const QString &first, const QString &second)
+{
+    std::error_code error;
+    return std::filesystem::equivalent(QFileInfo(first).filesystemFilePath(),
+                                       QFileInfo(second).filesystemFilePath(), error);
 }
 
 class FolderComparison {
@@ -93,6 +104,9 @@ private:
                     QString("There is no %1 in %2.")
                         .arg(command.names.fileName(database),
                              facts.filesBefore.isEmpty() ? command.before : command.after);
+            else if (isSameFile(before(database), after(database))) // it would show no difference
+                return fail(
+                    QString("%1 and %2 are the same file.").arg(before(database), after(database)));
             outcome.report.databases << facts;
         }
         if (outcome.report.databases.isEmpty())

@@ -10,6 +10,7 @@
 #include <QJsonArray>
 #include <QTest>
 
+#include <filesystem>
 #include <memory>
 
 class TestCompareFolders : public QObject {
@@ -30,6 +31,10 @@ private slots:
     void reportsALockedDatabase();
     void refusesWhatItCannotRead_data();
     void refusesWhatItCannotRead();
+    void refusesToCompareAFolderWithItself();
+    void refusesToCompareADatabaseWithItself_data();
+    void refusesToCompareADatabaseWithItself();
+    void reportsSwappedFolders();
     void leavesTheFoldersAsTheyWere_data();
     void leavesTheFoldersAsTheyWere();
     void recordsTheFilesOfBothFolders();
@@ -206,6 +211,56 @@ void TestCompareFolders::refusesWhatItCannotRead()
     QCOMPARE(run.exitCode, 2);
     QCOMPARE(run.errors, "vardo-report: " + error + '\n');
     QVERIFY(!QFile::exists(laboratory->page()));
+}
+
+void TestCompareFolders::refusesToCompareAFolderWithItself()
+{
+    const ToolRun run = laboratory->run({"compare", path("after"), path("after")});
+
+    const QByteArray file = path("after/profile.db").toUtf8();
+    QCOMPARE(run.exitCode, 2);
+    QCOMPARE(run.errors, "vardo-report: " + file + " and " + file + " are the same file.\n");
+    QVERIFY(!QFile::exists(laboratory->page()));
+}
+
+void TestCompareFolders::refusesToCompareADatabaseWithItself_data()
+{
+    QTest::addColumn<bool>("symbolic");
+
+    QTest::newRow("a second name") << false;
+#ifdef Q_OS_UNIX
+    QTest::newRow("a link") << true;
+#endif
+}
+
+void TestCompareFolders::refusesToCompareADatabaseWithItself()
+{
+    QFETCH(bool, symbolic);
+    const QString file = path("after/data.db");
+    const QString copy = path("before/data.db");
+    QVERIFY(QFile::remove(copy));
+    const std::filesystem::path target(file.toStdU16String());
+    const std::filesystem::path name(copy.toStdU16String());
+    if (symbolic)
+        std::filesystem::create_symlink(target, name);
+    else
+        std::filesystem::create_hard_link(target, name);
+
+    const ToolRun run = compare();
+
+    QCOMPARE(run.exitCode, 2);
+    QCOMPARE(run.errors,
+             QString("vardo-report: %1 and %2 are the same file.\n").arg(copy, file).toUtf8());
+    QVERIFY(!QFile::exists(laboratory->page()));
+}
+
+void TestCompareFolders::reportsSwappedFolders()
+{
+    const ToolRun run = laboratory->run({"compare", path("after"), path("before")});
+
+    QCOMPARE(run.exitCode, 1);
+    QVERIFY2(laboratory->facts()["verdict"].toString().startsWith("Something is wrong"),
+             qUtf8Printable(laboratory->facts()["verdict"].toString()));
 }
 
 void TestCompareFolders::leavesTheFoldersAsTheyWere_data()
