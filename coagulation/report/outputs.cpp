@@ -69,13 +69,16 @@ QString notWritten(const QFileDevice &file)
     return QString("%1 cannot be written: %2.").arg(file.fileName(), file.errorString());
 }
 
+/// \param holdsPatients whether nobody but the user may read it
 /// \param write puts the content into the file; false if it takes no more
 /// \return what is wrong; empty if nothing is
-QString save(const QString &path, const std::function<bool(QIODevice &)> &write)
+QString save(const QString &path, bool holdsPatients, const std::function<bool(QIODevice &)> &write)
 {
     QSaveFile file(path);
-    const bool saved =
-        file.open(QIODevice::WriteOnly) && write(file) && file.flush() && file.commit();
+    bool saved = file.open(QIODevice::WriteOnly);
+    if (saved && holdsPatients) // where the disk knows rights
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    saved = saved && write(file) && file.flush() && file.commit();
     if (!saved)
         file.flush(); // the rest of what the disk took in part; see writeAll()
     return saved ? QString() : notWritten(file);
@@ -103,10 +106,11 @@ QString problemOfOutputs(const CommandLine &command)
 
 QString writeOutputs(const CommandLine &command, const Report &report)
 {
-    QString problem = save(command.page, [&](QIODevice &file) { return writePage(file, report); });
+    QString problem = save(command.page, report.examplesOfPatients,
+                           [&](QIODevice &file) { return writePage(file, report); });
     if (problem.isEmpty() && !command.json.isEmpty()) {
-        problem =
-            save(command.json, [&](QIODevice &file) { return writeAll(file, toJson(report)); });
+        problem = save(command.json, report.examplesOfPatients,
+                       [&](QIODevice &file) { return writeAll(file, toJson(report)); });
     }
     return problem;
 }

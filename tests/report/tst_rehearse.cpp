@@ -60,6 +60,9 @@ private slots:
     void refusesToOverwriteADatabase();
     void refusesToOverwriteTheLogOfALinkedDatabase();
     void showsPatientsOnlyWhenAskedTo();
+    void showsNoValueOfPatients_data();
+    void showsNoValueOfPatients();
+    void writesPatientsForTheUserAlone();
     void showsPlainProgress();
     void showsNothingWithQuiet();
     void showsABarInATerminal();
@@ -349,6 +352,60 @@ void TestRehearse::showsPatientsOnlyWhenAskedTo()
 
     laboratory->run(laboratory->rehearsal({"--examples"}));
     QVERIFY(laboratory->facts()["examplesOfPatients"].toBool());
+}
+
+void TestRehearse::showsNoValueOfPatients_data()
+{
+    QTest::addColumn<QStringList>("changes"); // of the data database
+    QTest::addColumn<int>("exitCode");
+
+    QTest::newRow("an upgrade that works") << QStringList() << 0;
+    QTest::newRow("rows that cannot be moved")
+        << QStringList{"alter table result rename column code to kode"} << 0;
+    QTest::newRow("a step that fails") << QStringList{"alter table doctor add own"} << 1;
+    QTest::newRow("rows that are there twice")
+        << QStringList{"create table results(id integer, abbr text unique)",
+                       "insert into results select id, abbr from result where id = 1"}
+        << 1;
+}
+
+void TestRehearse::showsNoValueOfPatients()
+{
+    QFETCH(QStringList, changes);
+    QFETCH(int, exitCode);
+    const QStringList columns{"patient.sampleNo",  "patient.name",      "patient.barcode",
+                              "patient.diagnosis", "patientExtra.name", "patientExtra.value",
+                              "exam.item",         "result.abbr",       "result.unit",
+                              "curve.curve",       "doctor.name",       "operator.name"};
+    for (const QString &column : columns)
+        executeOn(path("data.db"),
+                  {QString("update %1 set %2 = 'Jane Roe'")
+                       .arg(column.section('.', 0, 0), column.section('.', 1))});
+    executeOn(path("data.db"), changes);
+
+    const ToolRun run = laboratory->run(laboratory->rehearsal());
+
+    QCOMPARE(run.exitCode, exitCode);
+    QVERIFY(laboratory->pageText().contains("Updating")); // the log is in it, too
+    QVERIFY(!laboratory->pageText().contains("Jane Roe"));
+    QVERIFY(!fileBytes(laboratory->result("facts.json")).contains("Jane Roe"));
+}
+
+void TestRehearse::writesPatientsForTheUserAlone()
+{
+#ifdef Q_OS_WIN
+    QSKIP("a file has the rights of its folder there: this is NOT tested");
+#endif
+    writeFile(laboratory->page(), "the report of yesterday, for everybody");
+    QVERIFY(QFile::setPermissions(laboratory->page(),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+
+    laboratory->run(laboratory->rehearsal({"--examples"}));
+
+    const QFile::Permissions others =
+        QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+    for (const QString &file : {laboratory->page(), laboratory->result("facts.json")})
+        QCOMPARE(QFile::permissions(file) & others, QFile::Permissions());
 }
 
 /// Shows: REP-21
