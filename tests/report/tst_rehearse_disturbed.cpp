@@ -33,6 +33,7 @@ private slots:
     void removesTheCopiesWhenItIsStopped();
     void reportsThatVardoWasKilled();
     void missesVardo();
+    void takesNoVardoFromThePath();
 
 private:
     QString path(const QString &fileName) const { return laboratory->path(fileName); }
@@ -264,6 +265,22 @@ void TestRehearseDisturbed::missesVardo()
     QVERIFY(QFile::copy(VARDO_REPORT, alone));
     ToolCommand command = laboratory->command(laboratory->rehearsal());
     command.program = alone;
+
+    const ToolRun run = runTool(command);
+
+    QCOMPARE(run.exitCode, 2);
+    QVERIFY2(run.errors.startsWith("vardo-report: There is no vardo in "), run.errors);
+}
+
+void TestRehearseDisturbed::takesNoVardoFromThePath()
+{
+    const QString programs = laboratory->result("programs");
+    QVERIFY(QDir().mkpath(programs));
+    const QString alone = programs + '/' + QFileInfo(VARDO_REPORT).fileName();
+    QVERIFY(QFile::copy(VARDO_REPORT, alone));
+    ToolCommand command = laboratory->command(laboratory->rehearsal());
+    command.program = alone;
+    command.environment.insert("PATH", QFileInfo(VARDO_REPORT).path());
 
     const ToolRun run = runTool(command);
 
