@@ -505,6 +505,7 @@ void TestAttention::givesAVerdict_data()
            " 1 point needs attention.";
 }
 
+/// Shows: REP-13, REP-23
 void TestAttention::givesAVerdict()
 {
     QFETCH(Report, report);

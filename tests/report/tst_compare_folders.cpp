@@ -213,6 +213,7 @@ void TestCompareFolders::refusesWhatItCannotRead()
     QVERIFY(!QFile::exists(laboratory->page()));
 }
 
+/// Shows: REP-23
 void TestCompareFolders::refusesToCompareAFolderWithItself()
 {
     const ToolRun run = laboratory->run({"compare", path("after"), path("after")});
@@ -233,6 +234,7 @@ void TestCompareFolders::refusesToCompareADatabaseWithItself_data()
 #endif
 }
 
+/// Shows: REP-23
 void TestCompareFolders::refusesToCompareADatabaseWithItself()
 {
     QFETCH(bool, symbolic);
@@ -254,6 +256,7 @@ void TestCompareFolders::refusesToCompareADatabaseWithItself()
     QVERIFY(!QFile::exists(laboratory->page()));
 }
 
+/// Shows: REP-23
 void TestCompareFolders::reportsSwappedFolders()
 {
     const ToolRun run = laboratory->run({"compare", path("after"), path("before")});

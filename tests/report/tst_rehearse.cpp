@@ -369,6 +369,7 @@ void TestRehearse::showsNoValueOfPatients_data()
         << 1;
 }
 
+/// Shows: REP-15
 void TestRehearse::showsNoValueOfPatients()
 {
     QFETCH(QStringList, changes);
@@ -391,6 +392,7 @@ void TestRehearse::showsNoValueOfPatients()
     QVERIFY(!fileBytes(laboratory->result("facts.json")).contains("Jane Roe"));
 }
 
+/// Shows: REP-15
 void TestRehearse::writesPatientsForTheUserAlone()
 {
 #ifdef Q_OS_WIN

@@ -272,6 +272,7 @@ void TestRehearseDisturbed::missesVardo()
     QVERIFY2(run.errors.startsWith("vardo-report: There is no vardo in "), run.errors);
 }
 
+/// Shows: REP-1
 void TestRehearseDisturbed::takesNoVardoFromThePath()
 {
     const QString programs = laboratory->result("programs");

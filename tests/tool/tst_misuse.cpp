@@ -120,6 +120,7 @@ void TestMisuse::upgradesEachDatabaseFromItsOwnVersion_data()
     QTest::newRow("all different") << QList<int>{15, 2, 3, 1};
 }
 
+/// Shows: CLI-7
 void TestMisuse::upgradesEachDatabaseFromItsOwnVersion()
 {
     QFETCH(QList<int>, versions);
@@ -182,6 +183,7 @@ void TestMisuse::upgradesAlikeInEveryEnvironment_data()
                              << "C";
 }
 
+/// Shows: CLI-6
 void TestMisuse::upgradesAlikeInEveryEnvironment()
 {
     QFETCH(QString, variable);
