@@ -18,7 +18,8 @@ if(missing)
 endif()
 
 execute_process(
-    COMMAND "${CMAKE_CURRENT_LIST_DIR}/notices.py" ${CPACK_VARDO_CURVES} ${CPACK_PACKAGE_VERSION}
+    COMMAND /usr/bin/python3 -B "${CMAKE_CURRENT_LIST_DIR}/notices.py"
+        ${CPACK_VARDO_CURVES} ${CPACK_VARDO_PACKAGE} ${CPACK_PACKAGE_VERSION}
         "${CPACK_VARDO_LIBRARIES}" "${notices}" "${folder}"
     COMMAND_ERROR_IS_FATAL ANY)
 execute_process(

@@ -4,11 +4,16 @@
 
 #include "debianpackage.h"
 #include "testdatabase.h"
+#include "testfiles.h"
 #include "toolrun.h"
 
 #include <QDirIterator>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -100,6 +105,7 @@ private slots:
     void fitTheCurves();
     void fitThePoints();
     void makeAPackageOfTheirOwn();
+    void areListedWithoutALicence();
     void areNamedAtTheEndOfTheConfiguration_data();
     void areNamedAtTheEndOfTheConfiguration();
 };
@@ -202,6 +208,32 @@ void TestMakerLibraries::makeAPackageOfTheirOwn()
     QCOMPARE(fields.value("Conflicts"), "vardo-standin");
     const QString description = fields.value("Description");
     QVERIFY2(!description.contains("stand-in"), qUtf8Printable(description));
+}
+
+/// Shows: PLT-9
+void TestMakerLibraries::areListedWithoutALicence()
+{
+    if (QStandardPaths::findExecutable("dpkg-deb").isEmpty())
+        QSKIP("dpkg-deb is not installed: the Debian package is NOT tested");
+    const QTemporaryDir package;
+    unpackDebianPackageOf(toolBuild, "Debug", package.path());
+    const QByteArray list = fileBytes(package.filePath("usr/share/doc/vardo/components.cdx.json"));
+
+    const QJsonArray components = QJsonDocument::fromJson(list)["components"].toArray();
+    QList<QJsonObject> listed;
+    for (const auto &component : components) {
+        if (!component.toObject().contains("purl")) // no package of Debian's
+            listed << component.toObject();
+    }
+
+    const auto byMaker = [](const QString &name) {
+        return QJsonObject{{"type", "library"},
+                           {"bom-ref", name},
+                           {"name", name},
+                           {"supplier", QJsonObject{{"name", "the analyser's maker"}}}};
+    };
+    QCOMPARE(listed, QList<QJsonObject>({byMaker("core"), byMaker("zucore")}));
+    QVERIFY(!list.contains("eigen"));
 }
 
 void TestMakerLibraries::areNamedAtTheEndOfTheConfiguration_data()

@@ -38,6 +38,7 @@ void TestPackageNote::namesPackageAndVersion_data()
     QTest::newRow("vardo-report") << VARDO_REPORT;
 }
 
+/// Shows: PLT-10
 void TestPackageNote::namesPackageAndVersion()
 {
     QFETCH(QString, program);
