@@ -28,6 +28,7 @@ execute_process(
         "${CPACK_VARDO_SOURCE}/docs/changed-values.md=changed-values.html"
         "${CPACK_VARDO_SOURCE}/docs/limits.md=limits.html"
         "${CPACK_VARDO_SOURCE}/CHANGELOG.md=changelog.html"
+        "${CPACK_VARDO_SOURCE}/SECURITY.md=security.html"
         "${notices}=third-party.html"
     COMMAND_ERROR_IS_FATAL ANY)
 execute_process(

@@ -57,6 +57,7 @@ void TestInstallation::holdsTheProgramsAndTheirDocuments()
         "bin/" TOOL,
         "bin/" REPORT,
         documents + "CHANGELOG.md",
+        documents + "SECURITY.md",
         documents + "changed-values.md",
         documents + "copyright",
         documents + "limits.md",
