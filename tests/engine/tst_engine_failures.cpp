@@ -2,6 +2,7 @@
 /// What a failed statement means: a failure of content is the step's to judge, a failure of the
 /// environment ends the run, and afterwards the file is what it was.
 
+#include "driversqlite.h"
 #include "messagerecorder.h"
 #include "stepupdater.h"
 #include "testdatabase.h"
@@ -97,6 +98,7 @@ class TestEngineFailures : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void init();
 
     void environmentFailureEndsTheRun_data();
@@ -129,6 +131,12 @@ private slots:
     void aDamagedPageEndsTheCopy();
     void aDamagedPageEndsTheReading();
 };
+
+void TestEngineFailures::initTestCase()
+{
+    if (const QString other = otherSqliteInDriver(sqlite3_sourceid()); !other.isEmpty())
+        QSKIP(qUtf8Printable(other));
+}
 
 void TestEngineFailures::init()
 {
