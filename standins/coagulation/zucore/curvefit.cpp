@@ -131,6 +131,7 @@ enum Parameter { A, B, LnC, D, ParameterCount };
 /// \return the logarithm of x; for x = 0 a number so low that the curve is at its plateau, but finite
 double logarithm(double x)
 {
+    // cppcheck-suppress invalidFunctionArg ; the condition keeps 0 away
     return x > 0.0 ? std::log(x) : -1.0 / epsilon;
 }
 
@@ -359,6 +360,7 @@ std::vector<VectorXd> LogisticFitter::starts() const
         const double steepness = lowest * std::pow(ratio, level);
         std::vector<VectorXd> &shapes = lattice.emplace_back();
         for (const double place : places(steepness)) {
+            // cppcheck-suppress invalidContainerReference ; the lattice grows only before the next level
             const auto column = static_cast<Eigen::Index>(shapes.size());
             shapes.emplace_back(Eigen::Vector2d(std::log(steepness), -steepness * place));
             sums(level, column) = problem.project(shapes.back()).residuals.squaredNorm();
