@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/zucore/curvefit.h"
 
-#include <Eigen/QR>
+#include "coagulation/zucore/scaledqr.h"
+
 #include <unsupported/Eigen/NonLinearOptimization>
 #include <unsupported/Eigen/SpecialFunctions>
 
@@ -51,44 +52,6 @@ double multipleCorrelation(const VectorXd &y, double residualSum)
     return std::sqrt(std::max(0.0, 1.0 - residualSum / totalSum));
 }
 
-/// A matrix decomposed with its columns scaled to the length 1, so that the rank does not depend on
-/// the units of the coefficients.
-class ScaledQr {
-public:
-    /// \param threshold the smallest pivot, relative to the largest, that counts for the rank
-    explicit ScaledQr(const MatrixXd &matrix, double threshold = epsilon)
-        : lengths(matrix.colwise().norm().transpose())
-        , decomposition(matrix * lengths.cwiseInverse().asDiagonal())
-    {
-        decomposition.setThreshold(threshold * static_cast<double>(matrix.cols()));
-    }
-
-    bool hasFullRank() const
-    {
-        return lengths.allFinite() && lengths.minCoeff() > 0.0
-            && decomposition.rank() == lengths.size();
-    }
-
-    /// \return the least-squares solution
-    VectorXd solve(const VectorXd &right) const
-    {
-        return decomposition.solve(right).cwiseQuotient(lengths);
-    }
-
-    /// \return the first columns of Q, which span the columns of the matrix
-    MatrixXd basis() const
-    {
-        return decomposition.householderQ()
-            * MatrixXd::Identity(decomposition.rows(), decomposition.cols());
-    }
-
-    const VectorXd &columnLengths() const { return lengths; }
-
-private:
-    VectorXd lengths;
-    Eigen::ColPivHouseholderQR<MatrixXd> decomposition;
-};
-
 /// \param tangent the derivatives of the fitted values by the coefficients, decomposed
 Fit describe(const VectorXd &coefficients, const VectorXd &fitted, const VectorXd &y,
              const ScaledQr &tangent)
@@ -128,11 +91,12 @@ namespace {
 /// The parameters of a logistic, c through its logarithm, which keeps it above 0.
 enum Parameter { A, B, LnC, D, ParameterCount };
 
-/// \return the logarithm of x; for x = 0 a number so low that the curve is at its plateau, but finite
+/// In place of the logarithm of 0: so low that the curve is at its plateau, but finite.
+constexpr double logarithmOfZero = -1.0 / epsilon;
+
 double logarithm(double x)
 {
-    // cppcheck-suppress invalidFunctionArg ; the condition keeps 0 away
-    return x > 0.0 ? std::log(x) : -1.0 / epsilon;
+    return x > 0.0 ? std::log(x) : logarithmOfZero;
 }
 
 /// A logistic at the points: what is left of y, and how the curve changes with its parameters.
@@ -358,13 +322,13 @@ std::vector<VectorXd> LogisticFitter::starts() const
     MatrixXd sums(levels, static_cast<Eigen::Index>(places(1.0).size()));
     for (Eigen::Index level = 0; level < levels; ++level) {
         const double steepness = lowest * std::pow(ratio, level);
-        std::vector<VectorXd> &shapes = lattice.emplace_back();
+        std::vector<VectorXd> shapes;
         for (const double place : places(steepness)) {
-            // cppcheck-suppress invalidContainerReference ; the lattice grows only before the next level
             const auto column = static_cast<Eigen::Index>(shapes.size());
             shapes.emplace_back(Eigen::Vector2d(std::log(steepness), -steepness * place));
             sums(level, column) = problem.project(shapes.back()).residuals.squaredNorm();
         }
+        lattice.push_back(std::move(shapes));
     }
     std::vector<VectorXd> starts;
     for (Eigen::Index level = 0; level < sums.rows(); ++level) {
@@ -501,7 +465,7 @@ Fit fitLogistic(std::span<const double> x, std::span<const double> y)
     std::vector<double> distinct = sortedDistinct(toStd(lnX));
     if (distinct.size() < ParameterCount || range(values) == 0.0)
         return {};
-    if (distinct.front() == logarithm(0.0))
+    if (distinct.front() == logarithmOfZero)
         distinct.erase(distinct.begin());
 
     // a power of two: y keeps all its digits, and its square neither overflows nor vanishes
