@@ -3,7 +3,9 @@
 
 #include <nettle/sha2.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace coagulation::report {
 
@@ -21,15 +23,18 @@ Sha256::~Sha256() = default;
 
 void Sha256::add(const QByteArray &bytes)
 {
-    sha256_update(&state->hash, static_cast<std::size_t>(bytes.size()),
-                  reinterpret_cast<const std::uint8_t *>(bytes.constData()));
+    // NOLINTNEXTLINE(*-reinterpret-cast): the same bytes, which Nettle calls unsigned
+    const auto *data = reinterpret_cast<const std::uint8_t *>(bytes.constData());
+    sha256_update(&state->hash, static_cast<std::size_t>(bytes.size()), data);
 }
 
 QByteArray Sha256::result()
 {
     std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest{};
     sha256_digest(&state->hash, digest.size(), digest.data());
-    return QByteArray(reinterpret_cast<const char *>(digest.data()), digest.size()).toHex();
+    QByteArray bytes(SHA256_DIGEST_SIZE, '\0');
+    std::copy(digest.begin(), digest.end(), bytes.begin());
+    return bytes.toHex();
 }
 
 } // namespace coagulation::report
