@@ -180,14 +180,14 @@ void TestRisks::addHazards()
 
 void TestRisks::numbersItsHazards()
 {
+    static const QRegularExpression identifier(R"(^H\d\d$)");
     QStringList identifiers;
     for (const Hazard &hazard : hazards())
         identifiers << hazard.title.section(' ', 0, 0);
 
     QVERIFY(identifiers.size() > 1);
     for (qsizetype i = 0; i < identifiers.size(); ++i) {
-        QVERIFY2(QRegularExpression(R"(^H\d\d$)").match(identifiers.at(i)).hasMatch(),
-                 qUtf8Printable(identifiers.at(i)));
+        QVERIFY2(identifier.match(identifiers.at(i)).hasMatch(), qUtf8Printable(identifiers.at(i)));
         QVERIFY2(i == 0 || identifiers.at(i - 1) < identifiers.at(i),
                  qUtf8Printable(identifiers.at(i)));
     }
