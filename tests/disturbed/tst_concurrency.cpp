@@ -590,8 +590,9 @@ void TestConcurrency::upgradesOnceInSeveralRuns()
         }
     }
     QCOMPARE(upgrades, QList<int>({1, 1, 1, 1}));
-    QCOMPARE(databaseFilesIn(folder->path()), databaseFiles);
     QCOMPARE(Databases::contentsOf(folder->path()), large->newContents());
+    // Runs that close a database at the same moment may leave its log to each other. Who opens it next removes it.
+    QCOMPARE(databaseFilesIn(folder->path()), databaseFiles);
 }
 
 /// Shows: LOG-6
