@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTest>
 #include <QThread>
 
@@ -37,9 +38,22 @@ private slots:
 
 private:
     QString path(const QString &fileName) const { return laboratory->path(fileName); }
+    ToolCommand commandWithoutVardo() const;
 
     std::unique_ptr<Laboratory> laboratory;
 };
+
+/// \return a rehearsal by a vardo-report that has no vardo beside it
+ToolCommand TestRehearseDisturbed::commandWithoutVardo() const
+{
+    const QString programs = laboratory->result("programs");
+    const QString alone = programs + '/' + QFileInfo(VARDO_REPORT).fileName();
+    if (!QDir().mkpath(programs) || !QFile::copy(VARDO_REPORT, alone))
+        qFatal("no copy of vardo-report in %s", qUtf8Printable(programs));
+    ToolCommand command = laboratory->command(laboratory->rehearsal());
+    command.program = alone;
+    return command;
+}
 
 void TestRehearseDisturbed::init()
 {
@@ -259,14 +273,7 @@ void TestRehearseDisturbed::reportsThatVardoWasKilled()
 /// Shows: REP-1
 void TestRehearseDisturbed::missesVardo()
 {
-    const QString programs = laboratory->result("programs");
-    QVERIFY(QDir().mkpath(programs));
-    const QString alone = programs + '/' + QFileInfo(VARDO_REPORT).fileName();
-    QVERIFY(QFile::copy(VARDO_REPORT, alone));
-    ToolCommand command = laboratory->command(laboratory->rehearsal());
-    command.program = alone;
-
-    const ToolRun run = runTool(command);
+    const ToolRun run = runTool(commandWithoutVardo());
 
     QCOMPARE(run.exitCode, 2);
     QVERIFY2(run.errors.startsWith("vardo-report: There is no vardo in "), run.errors);
@@ -275,12 +282,7 @@ void TestRehearseDisturbed::missesVardo()
 /// Shows: REP-1
 void TestRehearseDisturbed::takesNoVardoFromThePath()
 {
-    const QString programs = laboratory->result("programs");
-    QVERIFY(QDir().mkpath(programs));
-    const QString alone = programs + '/' + QFileInfo(VARDO_REPORT).fileName();
-    QVERIFY(QFile::copy(VARDO_REPORT, alone));
-    ToolCommand command = laboratory->command(laboratory->rehearsal());
-    command.program = alone;
+    ToolCommand command = commandWithoutVardo();
     command.environment.insert("PATH", QFileInfo(VARDO_REPORT).path());
 
     const ToolRun run = runTool(command);
