@@ -2,6 +2,7 @@
 /// The driver: reads the command line, opens the log and upgrades the four databases in order.
 
 #include "coagulation/core/translators.h"
+#include "coagulation/vardo/commandline.h"
 #include "coagulation/vardo/consolelog.h"
 #include "coagulation/vardo/updatedata.h"
 #include "coagulation/vardo/updateprofile.h"
@@ -11,7 +12,6 @@
 #include <QCoreApplication>
 
 #include <cstdio>
-#include <optional>
 
 #ifdef Q_OS_WIN
 #include <qt_windows.h>
@@ -30,37 +30,6 @@ options
               syslog database file name will be <prefix>syslog<suffix>.db
 )";
 
-constexpr int success = 0;
-constexpr int failure = 1; ///< an updater failed, or an option's value is missing
-constexpr int unknownOption = 2;
-
-struct Options {
-    coagulation::FileNameAffixes affixes;
-    QString logFile;
-};
-
-/// \param arguments the command line without the program's name
-/// \return the exit code, if the tool is to show its usage and end
-std::optional<int> parse(const QStringList &arguments, Options &options)
-{
-    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        if (*argument == "-h" || *argument == "-?" || *argument == "--help")
-            return success;
-        if (*argument == "-p" || *argument == "-s") {
-            QString &affix = *argument == "-p" ? options.affixes.prefix : options.affixes.suffix;
-            if (++argument == arguments.end())
-                return failure;
-            affix = *argument;
-        } else if (argument->startsWith('-')) {
-            coagulation::printError("Unknown option " + *argument + '\n');
-            return unknownOption;
-        } else {
-            options.logFile = *argument;
-        }
-    }
-    return std::nullopt;
-}
-
 template <typename Updater> bool upgrade()
 {
     Updater updater;
@@ -78,21 +47,22 @@ int main(int argc, char *argv[])
     coagulation::shieldLogFromEnvironment();
     const QCoreApplication application(argc, argv);
 
-    Options options;
-    if (const std::optional<int> exitCode = parse(QCoreApplication::arguments().mid(1), options)) {
+    const auto command = coagulation::parseCommandLine(QCoreApplication::arguments().mid(1));
+    if (command.exitCode) {
+        coagulation::printError(command.error);
         std::fputs(usage, stdout);
-        return *exitCode;
+        return *command.exitCode;
     }
-    coagulation::fileNameAffixes() = options.affixes;
-    coagulation::openLog(options.logFile);
+    coagulation::fileNameAffixes() = command.affixes;
+    coagulation::openLog(command.logFile);
     coagulation::installTranslators();
 
     const bool upgraded = upgrade<coagulation::UpdateProfile>()
         && upgrade<coagulation::UpdateData>() && upgrade<coagulation::UpdateQc>()
         && upgrade<coagulation::UpdateSyslog>();
     if (!upgraded)
-        return failure;
+        return coagulation::exitcode::failure;
 
     coagulation::closeLog();
-    return success;
+    return coagulation::exitcode::success;
 }

@@ -8,6 +8,7 @@
 #include "corruption.h"
 #include "expectedsteps.h"
 #include "olddatabases.h"
+#include "plainsqlite.h"
 #include "testfiles.h"
 #include "toolrun.h"
 
@@ -15,12 +16,9 @@
 #include <QMap>
 #include <QRandomGenerator>
 #include <QRegularExpression>
-#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QtConcurrent>
-
-#include <sqlite3.h>
 
 #include <array>
 #include <functional>
@@ -30,122 +28,6 @@
 namespace {
 
 constexpr int timeLimit = 60000; ///< in ms, for what takes some 50
-
-using Rows = QMap<qint64, QByteArray>; ///< by row id, each as its typed values
-
-QByteArray literal(sqlite3_stmt *row, int column)
-{
-    const int type = sqlite3_column_type(row, column);
-    if (type == SQLITE_NULL)
-        return "null";
-    if (type == SQLITE_INTEGER)
-        return QByteArray::number(sqlite3_column_int64(row, column));
-    if (type == SQLITE_FLOAT)
-        return QByteArray::number(sqlite3_column_double(row, column), 'e', 17);
-    const auto *data = static_cast<const char *>(sqlite3_column_blob(row, column));
-    const QByteArray bytes(data, sqlite3_column_bytes(row, column));
-    return type == SQLITE_TEXT ? '\'' + bytes + '\'' : "x'" + bytes.toHex() + '\'';
-}
-
-QByteArray quoted(QByteArray name)
-{
-    return '"' + name.replace('"', "\"\"") + '"';
-}
-
-/// A database file, opened without any of the tool's own code.
-class Sqlite {
-public:
-    explicit Sqlite(const QString &path)
-    {
-        sqlite3_open_v2(path.toUtf8().constData(), &handle,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
-        sqlite3_collation_needed(handle, nullptr, addCollation);
-    }
-    ~Sqlite() { sqlite3_close(handle); }
-    Q_DISABLE_COPY_MOVE(Sqlite)
-
-    /// \param row called for each row that can be read
-    /// \return SQLite's result code
-    int run(const QByteArray &sql, const std::function<void(sqlite3_stmt *)> &row = {}) const
-    {
-        sqlite3_stmt *statement = nullptr;
-        const int prepared = sqlite3_prepare_v2(handle, sql.constData(), -1, &statement, nullptr);
-        if (prepared != SQLITE_OK)
-            return prepared;
-        while (sqlite3_step(statement) == SQLITE_ROW) {
-            if (row)
-                row(statement);
-        }
-        return sqlite3_finalize(statement);
-    }
-
-    /// \return the first values of the rows that can be read
-    QByteArrayList column(const QByteArray &sql) const
-    {
-        QByteArrayList values;
-        run(sql, [&values](sqlite3_stmt *row) {
-            const auto *data = static_cast<const char *>(sqlite3_column_blob(row, 0));
-            values << QByteArray(data, sqlite3_column_bytes(row, 0));
-        });
-        return values;
-    }
-
-    QByteArrayList tables() const
-    {
-        return column(
-            "select distinct lower(name) from sqlite_master where lower(type) = 'table' order by 1");
-    }
-
-    /// Reads a table from both its ends, so that a damaged page hides no more than itself.
-    /// \param row called for each row that can be read, with the row's id before its values
-    void scan(const QByteArray &table, const std::function<void(sqlite3_stmt *)> &row) const
-    {
-        for (const char *order : {"asc", "desc"})
-            run("select rowid, * from " + quoted(table) + " not indexed order by rowid " + order,
-                row);
-    }
-
-    Rows rows(const QByteArray &table) const
-    {
-        Rows rows;
-        scan(table, [&rows](sqlite3_stmt *row) {
-            QByteArrayList values;
-            for (int column = 1; column < sqlite3_column_count(row); ++column)
-                values << literal(row, column);
-            rows.insert(sqlite3_column_int64(row, 0), values.join(", "));
-        });
-        return rows;
-    }
-
-    /// \return what SQLite's check finds; its failure is a finding, too
-    QByteArrayList findings() const
-    {
-        QByteArrayList findings;
-        const int code = run("pragma integrity_check(2147483647)", [&](sqlite3_stmt *row) {
-            const auto *text = static_cast<const char *>(sqlite3_column_blob(row, 0));
-            // one row may hold several findings, a line each
-            findings << QByteArray(text, sqlite3_column_bytes(row, 0)).split('\n');
-        });
-        if (code != SQLITE_OK)
-            findings << "check fails: " + QByteArray::number(code);
-        return findings;
-    }
-
-    sqlite3 *handle = nullptr;
-
-private:
-    /// The only collation that the databases name is NOCASE. Where damage gave it another name, this
-    /// stands in, so that the rest can be judged.
-    static void addCollation(void *, sqlite3 *database, int, const char *name)
-    {
-        sqlite3_create_collation(
-            database, name, SQLITE_UTF8, nullptr,
-            [](void *, int leftSize, const void *left, int rightSize, const void *right) {
-                return qstrnicmp(static_cast<const char *>(left), leftSize,
-                                 static_cast<const char *>(right), rightSize);
-            });
-    }
-};
 
 /// \return the schema, in lower case, since SQLite reads names and key words in any
 QByteArrayList schema(const Sqlite &database)
@@ -171,42 +53,6 @@ QByteArrayList readable(const Sqlite &database)
     return lines;
 }
 
-/// Makes a sound database of each statement and row that can be read, by no more than plain reading.
-void copyRowByRow(const Sqlite &damaged, const QString &path)
-{
-    const Sqlite copy(path);
-    copy.run("begin");
-    for (
-        const QByteArray &sql : damaged.column(
-            "select sql from sqlite_master where lower(type) = 'table' and name not like 'sqlite%'"))
-        copy.run(sql);
-    for (const QByteArray &table : damaged.tables()) {
-        QSet<qint64> copied;
-        const auto insert = [&copy, &table, &copied](sqlite3_stmt *row) {
-            const qint64 id = sqlite3_column_int64(row, 0);
-            if (copied.contains(id))
-                return;
-            copied << id;
-            sqlite3_stmt *statement = nullptr;
-            QByteArray places = ",?";
-            places = places.repeated(sqlite3_column_count(row) - 1).mid(1);
-            sqlite3_prepare_v2(
-                copy.handle,
-                ("insert or ignore into " + quoted(table) + " values(" + places + ')').constData(),
-                -1, &statement, nullptr);
-            for (int column = 1; column < sqlite3_column_count(row); ++column)
-                sqlite3_bind_value(statement, column, sqlite3_column_value(row, column));
-            sqlite3_step(statement);
-            sqlite3_finalize(statement);
-        };
-        damaged.scan(table, insert);
-    }
-    for (const QByteArray &sql : damaged.column(
-             "select sql from sqlite_master where lower(type) <> 'table' and sql notnull"))
-        copy.run(sql);
-    copy.run("commit");
-}
-
 /// Makes a sound database of all that can be read in a damaged one.
 void makeSoundCopy(const QString &damagedPath, const QString &path)
 {
@@ -216,7 +62,7 @@ void makeSoundCopy(const QString &damagedPath, const QString &path)
         return;
     // "vacuum" leaves out an entry of the schema whose type is not in lower case, for one
     QFile::remove(path);
-    copyRowByRow(damaged, path);
+    copyRowByRow(damaged, Sqlite(path));
 }
 
 QByteArray read(const QString &path)

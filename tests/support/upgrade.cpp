@@ -40,8 +40,12 @@ void compareWarnings(const MessageRecorder &recorder, const QStringList &sources
 
 bool upgrade(const TestDatabase &database)
 {
-    coagulation::fileNameAffixes() = {database.folderPath() + '/', ""};
-    const QString name = QFileInfo(database.path()).completeBaseName();
+    return upgradeIn(database.folderPath(), QFileInfo(database.path()).completeBaseName());
+}
+
+bool upgradeIn(const QString &folder, const QString &name)
+{
+    coagulation::fileNameAffixes() = {folder + '/', ""};
     if (name == "profile")
         return coagulation::UpdateProfile().run();
     if (name == "data")
@@ -50,7 +54,7 @@ bool upgrade(const TestDatabase &database)
         return coagulation::UpdateQc().run();
     if (name == "syslog")
         return coagulation::UpdateSyslog().run();
-    qFatal("%s: nothing upgrades it", qUtf8Printable(database.path()));
+    qFatal("%s: nothing upgrades it", qUtf8Printable(name));
 }
 
 QStringList referenceSchema(const QString &name)

@@ -14,6 +14,12 @@
 /// \return whether all steps passed
 bool upgrade(const TestDatabase &database);
 
+/// Runs the upgrade of a database file with its plain name, such as "profile.db", in this process.
+/// \param folder of the file
+/// \param name "profile", "data", "qc" or "syslog"
+/// \return whether all steps passed
+bool upgradeIn(const QString &folder, const QString &name);
+
 /// \return the schema that an upgrade is to leave, from docs/schema, as by TestDatabase::comparableSchema()
 /// \param name "profile", "data", "qc" or "syslog", as below
 QStringList referenceSchema(const QString &name);

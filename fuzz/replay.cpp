@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+/// Runs a fuzz target once for each file of some folders, in their order. A finding ends the program.
+
+#include <QDir>
+#include <QFile>
+
+#include <cstdio>
+
+// The names are the fuzzer's.
+// NOLINTNEXTLINE(readability-identifier-naming)
+extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size);
+
+namespace {
+
+/// \return false if the file cannot be read
+bool replay(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "%s: %s\n", qUtf8Printable(path), qUtf8Printable(file.errorString()));
+        return false;
+    }
+    std::printf("%s\n", qUtf8Printable(path)); // the last one is a finding's
+    std::fflush(stdout);
+    const QByteArray input = file.readAll();
+    LLVMFuzzerTestOneInput(reinterpret_cast<const quint8 *>(input.constData()),
+                           std::size_t(input.size()));
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    int files = 0;
+    for (int i = 1; i < argc; ++i) {
+        const QDir folder(QFile::decodeName(argv[i]));
+        for (const QString &name : folder.entryList(QDir::Files, QDir::Name)) {
+            if (!replay(folder.filePath(name)))
+                return 1;
+            ++files;
+        }
+    }
+    std::printf("%d inputs\n", files);
+    return files > 0 ? 0 : 1; // a folder that is not there must not pass
+}
