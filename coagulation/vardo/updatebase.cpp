@@ -7,6 +7,7 @@
 #include "coagulation/vardo/execute.h"
 
 #include <QDebug>
+#include <QDir>
 #include <QFileInfo>
 #include <QMap>
 #include <QMetaMethod>
@@ -120,7 +121,8 @@ UpdateBase::UpdateBase(const QString &path, QObject *parent)
 {
     QSqlDatabase::removeDatabase(QSqlDatabase::defaultConnection);
 
-    const QFileInfo file(path);
+    // Qt takes a name that begins with a colon for one of its own resources.
+    const QFileInfo file(path.startsWith(':') ? QDir::currentPath() + '/' + path : path);
     filePath = file.absoluteFilePath();
     if (!file.exists()) {
         qWarning("File doesn't exist: %s, skipped", qUtf8Printable(filePath));

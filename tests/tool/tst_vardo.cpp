@@ -96,6 +96,7 @@ private slots:
     void keepsTheDatabasesBeforeTheFailure();
     void closesTheDatabases();
     void doesNotTakeAPrefixForAUri();
+    void doesNotTakeAPrefixForAResource();
     void logsTheSameInEveryEnvironment_data();
     void logsTheSameInEveryEnvironment();
     void readsTheFileNamesFromTheWorkingDirectory();
@@ -602,6 +603,17 @@ void TestVardo::doesNotTakeAPrefixForAUri()
 
     QCOMPARE(databaseRows(path("./file:syslog.db"), "select * from version"), newestSyslogVersion);
     QCOMPARE(read("syslog.db"), other);
+}
+
+void TestVardo::doesNotTakeAPrefixForAResource()
+{
+    if (!canBeFileName(":syslog.db"))
+        QSKIP("Windows has no such file names: a prefix that looks like a resource is NOT tested");
+    executeOn(path("./:syslog.db"), {"create table assay(time text)"});
+
+    run({"-p", ":", "log.txt"});
+
+    QCOMPARE(databaseRows(path("./:syslog.db"), "select * from version"), newestSyslogVersion);
 }
 
 void TestVardo::logsTheSameInEveryEnvironment_data()

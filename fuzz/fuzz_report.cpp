@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+/// What vardo-report writes of any facts: the page is well-formed XML whose links lead somewhere, the JSON can be
+/// parsed, and the page holds no control character.
+
+#include "inputreport.h"
+#include "requirement.h"
+
+#include "coagulation/report/json.h"
+#include "coagulation/report/page.h"
+
+#include <QBuffer>
+#include <QJsonDocument>
+#include <QSet>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+
+using namespace coagulation::report;
+
+namespace {
+
+void checkIsUtf8(const QByteArray &text)
+{
+    require(QString::fromUtf8(text).toUtf8() == text, "the text is UTF-8");
+}
+
+bool isControlCharacter(QChar letter)
+{
+    return letter != '\n' && letter.category() == QChar::Other_Control;
+}
+
+void checkPage(const Report &report)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    require(writePage(buffer, report), "the page is written");
+    checkIsUtf8(buffer.data());
+    const QString page = QString::fromUtf8(buffer.data());
+    require(std::none_of(page.begin(), page.end(), isControlCharacter),
+            "the page holds no control character");
+
+    QSet<QString> ids;
+    QSet<QString> targets;
+    QXmlStreamReader reader(buffer.data());
+    while (!reader.atEnd()) {
+        reader.readNext();
+        const QXmlStreamAttributes attributes = reader.attributes();
+        if (!reader.isStartElement())
+            continue;
+        if (const QString id = attributes.value("id").toString(); !id.isEmpty()) {
+            require(!ids.contains(id), "an identifier is there once: " + id);
+            ids << id;
+        }
+        if (attributes.hasAttribute("href"))
+            targets << attributes.value("href").mid(1).toString();
+    }
+    require(!reader.hasError(), "the page is well-formed: " + reader.errorString());
+    for (const QString &target : targets)
+        require(ids.contains(target), "a link leads somewhere: " + target);
+}
+
+void checkJson(const Report &report)
+{
+    const QByteArray json = toJson(report);
+    QJsonParseError error{};
+    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    require(error.error == QJsonParseError::NoError && document.isObject(),
+            "the JSON can be parsed: " + error.errorString());
+    checkIsUtf8(json);
+}
+
+} // namespace
+
+// NOLINTNEXTLINE(readability-identifier-naming)
+extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
+{
+    InputReader input(QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
+    const Report report = readReport(input);
+
+    checkPage(report);
+    checkJson(report);
+    return 0;
+}
