@@ -114,6 +114,10 @@ void checkPoints(const StandardCurve &curve, const Input &input)
             used.push_back(points.at(i));
     }
 
+    if (used.empty()) {
+        require(false, "a valid curve is fitted to points");
+        return;
+    }
     std::sort(used.begin(), used.end(),
               [](const StdPoint &left, const StdPoint &right) { return left.x < right.x; });
     const double largest =
