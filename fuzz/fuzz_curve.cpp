@@ -82,7 +82,9 @@ double valueAt(const StandardCurve &curve, const Input &input, double x)
     } else {
         const double a = curve.coefficient(0);
         const double d = curve.coefficient(3);
-        y = d + (a - d) / (1.0 + std::pow(x / curve.coefficient(2), curve.coefficient(1)));
+        // x / c alone may be too small or too large for a number
+        const double lnRatio = std::log(x) - std::log(curve.coefficient(2));
+        y = d + (a - d) / (1.0 + std::exp(curve.coefficient(1) * lnRatio));
     }
     return input.yFunction == zu::Function::Log ? std::pow(10.0, y) : y;
 }

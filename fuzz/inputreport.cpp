@@ -4,6 +4,8 @@
 #include "coagulation/report/attention.h"
 #include "coagulation/report/curvefunction.h"
 
+#include <algorithm>
+
 using namespace coagulation::report;
 
 namespace {
@@ -92,6 +94,16 @@ ColumnChanges readColumnChanges(InputReader &input)
     return {input.text(), readCount(input), readCount(input)};
 }
 
+/// Rows that are shown are counted, too.
+void countShownRows(TableFacts &table)
+{
+    table.added = std::max(table.added, qint64(table.addedRows.size()));
+    table.removed = std::max(table.removed, qint64(table.removedRows.size()));
+    table.renamed = std::max(table.renamed, qint64(table.renamedRows.size()));
+    table.changed = std::max(
+        table.changed, qint64(std::max(table.changedRows.size(), table.changedColumns.size())));
+}
+
 TableFacts readTable(InputReader &input)
 {
     TableFacts table;
@@ -112,6 +124,7 @@ TableFacts readTable(InputReader &input)
     table.changedRows = readList(input, readChangedRow);
     table.problem = input.text();
     table.damaged = input.flag();
+    countShownRows(table);
     return table;
 }
 
@@ -193,11 +206,15 @@ DatabaseFacts readDatabase(InputReader &input, const QString &name)
     database.integrityAfter = input.text();
     database.problem = input.text();
     database.unreadable = input.flag();
+    if (database.filesBefore.isEmpty() && database.filesAfter.isEmpty())
+        return database; // nothing was compared
     database.tables = readList(input, readTable);
     database.objectsGone = readList(input, readObject);
     database.objectsNew = readList(input, readObject);
-    database.curves = readList(input, readCurve);
-    database.otherInvalidCurves = readList(input, readText);
+    if (name == "profile") {
+        database.curves = readList(input, readCurve);
+        database.otherInvalidCurves = readList(input, readText);
+    }
     return database;
 }
 
