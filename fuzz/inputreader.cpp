@@ -45,7 +45,7 @@ const std::array<QString, 16> &specialTexts()
         "profile",
         "reagent",
         QString(2'100, 'w'),
-        QString::fromUtf8("\u202e\u05d0\u0301\U0001F9EA"),
+        QString(QChar(0x202e)) + QChar(0x5d0) + QChar(0x301) + QString::fromUcs4(U"\U0001F9EA"),
         QString(QChar(0)) + QChar(0xd83e) + QChar(0xffff) + QChar(0x9b),
     };
     return texts;
