@@ -97,11 +97,11 @@ ColumnChanges readColumnChanges(InputReader &input)
 /// Rows that are shown are counted, too.
 void countShownRows(TableFacts &table)
 {
-    table.added = std::max(table.added, qint64(table.addedRows.size()));
-    table.removed = std::max(table.removed, qint64(table.removedRows.size()));
-    table.renamed = std::max(table.renamed, qint64(table.renamedRows.size()));
-    table.changed = std::max(
-        table.changed, qint64(std::max(table.changedRows.size(), table.changedColumns.size())));
+    table.added = std::max<qint64>(table.added, table.addedRows.size());
+    table.removed = std::max<qint64>(table.removed, table.removedRows.size());
+    table.renamed = std::max<qint64>(table.renamed, table.renamedRows.size());
+    table.changed =
+        std::max<qint64>({table.changed, table.changedRows.size(), table.changedColumns.size()});
 }
 
 TableFacts readTable(InputReader &input)
