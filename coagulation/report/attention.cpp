@@ -280,7 +280,7 @@ void Finder::addLoweredVersion()
         && database.versionBefore.value_or(0) > database.versionAfter.value_or(0))
         add(Kind::LoweredVersion,
             QString("The version of the %1 database was lowered from %2 to %3.")
-                .arg(database.name, QString::number(*database.versionBefore),
+                .arg(database.name, QString::number(database.versionBefore.value_or(0)),
                      QString::number(database.versionAfter.value_or(0))),
             databaseAnchor(database.name));
 }

@@ -349,6 +349,14 @@ void TestAttention::tellsFailures_data()
             report.databases[0].newestVersion = 30;
             report.databases[0].versionAfter = 9;
         });
+    add("below none", " at the profile database: it is at version -1, not at 30.",
+        {"The profile database is at version -1 after the upgrade, not at 30.",
+         "The version of the profile database was lowered from 0 to -1."},
+        [](Report &report) {
+            report.databases[0].newestVersion = 30;
+            report.databases[0].versionBefore = std::nullopt;
+            report.databases[0].versionAfter = -1;
+        });
     add("newer", " at the data database: it is newer than vardo.",
         {"The data database was at version 99 before the upgrade. The newest one that vardo knows is 12.",
          "The version of the data database was lowered from 99 to 12."},
