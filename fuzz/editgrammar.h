@@ -52,7 +52,7 @@ private:
         QByteArrayList columns;
     };
 
-    void collect(const QByteArray &database);
+    void collect(const QByteArray &bytes);
     QByteArray foundValue(Random &random) const;
     QByteArray tableName(Random &random) const;
     QByteArray newName(Random &random) const;

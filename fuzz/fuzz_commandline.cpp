@@ -4,6 +4,7 @@
 /// between two arguments.
 
 #include "editscript.h"
+#include "inputbytes.h"
 #include "requirement.h"
 #include "scratchfolder.h"
 
@@ -28,6 +29,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
 
 using namespace coagulation;
 
@@ -86,8 +88,8 @@ QString nameOf(const char *database)
 /// The run of vardo in a folder of its own, which holds one of the four databases.
 class Run {
 public:
-    explicit Run(const CommandLine &commandLine)
-        : command(commandLine)
+    explicit Run(CommandLine commandLine)
+        : command(std::move(commandLine))
     {
         require(QDir::setCurrent(folder.path()), "the folder can be entered");
         fileNameAffixes() = command.affixes;
@@ -196,8 +198,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
     makeApplication();
     qInstallMessageHandler(ignoreMessage);
-    const QStringList arguments =
-        argumentsOf(QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
+    const QStringList arguments = argumentsOf(inputBytes(data, size));
 
     checkReportsCommandLine(arguments);
     const CommandLine command = parseCommandLine(arguments);

@@ -2,6 +2,7 @@
 /// The stand-in that fits standard curves, with any points, methods and functions: a valid curve is finite,
 /// strictly monotonic and describes its points; an invalid one keeps its numbers.
 
+#include "inputbytes.h"
 #include "inputreader.h"
 #include "requirement.h"
 
@@ -145,7 +146,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
     constexpr double storedCorrelation = 0.25;
     const QList<double> storedCoefficients{1.0, 2.0, 3.0, 4.0, 5.0};
-    InputReader reader(QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
+    InputReader reader(inputBytes(data, size));
     const Input input = readInput(reader);
     StandardCurve curve(nullptr);
     curve.setMethod(input.method);

@@ -4,6 +4,7 @@
 
 #include "editmutator.h"
 #include "editscript.h"
+#include "inputbytes.h"
 #include "requirement.h"
 #include "scratchfolder.h"
 
@@ -139,7 +140,7 @@ private:
 // NOLINTBEGIN(readability-identifier-naming)
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
-    const QByteArray text(reinterpret_cast<const char *>(data), qsizetype(size));
+    const QByteArray text = inputBytes(data, size);
     environment(); // before the first sample is made
     Case(EditScript::read(text, newestVersionOf(databaseName))).run();
     return 0;
@@ -149,7 +150,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(quint8 *data, std::size_t size, s
                                                unsigned int seed)
 {
     environment();
-    const QByteArray text(reinterpret_cast<const char *>(data), qsizetype(size));
+    const QByteArray text = inputBytes(data, size);
     const QByteArray mutated = mutatedScript(databaseName, text, qsizetype(most), seed);
     std::memcpy(data, mutated.constData(), std::size_t(mutated.size()));
     return std::size_t(mutated.size());
@@ -160,8 +161,7 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const quint8 *first, std::size_
                                                  quint8 *out, std::size_t most, unsigned int seed)
 {
     const QByteArray crossed = crossedScripts(
-        {reinterpret_cast<const char *>(first), qsizetype(firstSize)},
-        {reinterpret_cast<const char *>(second), qsizetype(secondSize)}, qsizetype(most), seed);
+        inputBytes(first, firstSize), inputBytes(second, secondSize), qsizetype(most), seed);
     std::memcpy(out, crossed.constData(), std::size_t(crossed.size()));
     return std::size_t(crossed.size());
 }

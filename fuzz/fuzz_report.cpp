@@ -2,6 +2,7 @@
 /// What vardo-report writes of any facts: the page is well-formed XML whose links lead somewhere, the JSON can be
 /// parsed, and the page holds no control character.
 
+#include "inputbytes.h"
 #include "inputreport.h"
 #include "requirement.h"
 
@@ -14,6 +15,7 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
+#include <utility>
 
 using namespace coagulation::report;
 
@@ -55,7 +57,7 @@ void checkPage(const Report &report)
             targets << attributes.value("href").mid(1).toString();
     }
     require(!reader.hasError(), "the page is well-formed: " + reader.errorString());
-    for (const QString &target : targets)
+    for (const QString &target : std::as_const(targets))
         require(ids.contains(target), "a link leads somewhere: " + target);
 }
 
@@ -74,7 +76,7 @@ void checkJson(const Report &report)
 // NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
-    InputReader input(QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
+    InputReader input(inputBytes(data, size));
     const Report report = readReport(input);
 
     checkPage(report);

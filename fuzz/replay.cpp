@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <cstdio>
+#include <span>
 
 // The names are the fuzzer's.
 // NOLINTNEXTLINE(readability-identifier-naming)
@@ -23,6 +24,7 @@ bool replay(const QString &path)
     std::printf("%s\n", qUtf8Printable(path)); // the last one is a finding's
     std::fflush(stdout);
     const QByteArray input = file.readAll();
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the fuzzer's bytes are unsigned
     LLVMFuzzerTestOneInput(reinterpret_cast<const quint8 *>(input.constData()),
                            std::size_t(input.size()));
     return true;
@@ -33,8 +35,8 @@ bool replay(const QString &path)
 int main(int argc, char *argv[])
 {
     int files = 0;
-    for (int i = 1; i < argc; ++i) {
-        const QDir folder(QFile::decodeName(argv[i]));
+    for (const char *argument : std::span(argv, std::size_t(argc)).subspan(1)) {
+        const QDir folder(QFile::decodeName(argument));
         for (const QString &name : folder.entryList(QDir::Files, QDir::Name)) {
             if (!replay(folder.filePath(name)))
                 return 1;
