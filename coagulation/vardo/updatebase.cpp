@@ -140,17 +140,18 @@ UpdateBase::UpdateBase(const QString &path, QObject *parent)
             qWarning("Can't open %s: %s", qUtf8Printable(path), qUtf8Printable(error.text()));
         return;
     }
-    readVersion();
+    version = storedVersion();
 }
 
-void UpdateBase::readVersion()
+int UpdateBase::storedVersion()
 {
     QSqlQuery query;
     query.setForwardOnly(true);
     const bool read = execute(query, "select version from version order by version desc");
-    version = read && query.next() ? query.value(0).toInt() : 0;
+    const int stored = read && query.next() ? query.value(0).toInt() : 0;
     if (!read)
         logFailedCheck(query, SOURCE_LINE);
+    return stored;
 }
 
 bool UpdateBase::run()
@@ -162,7 +163,7 @@ bool UpdateBase::run()
         return false;
 
     // Another run may have upgraded the file meanwhile, or a lock may have hidden its version.
-    readVersion();
+    version = storedVersion();
     if (!verifyTransaction())
         return false;
 
@@ -397,7 +398,8 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     rows.setForwardOnly(true);
     if (!execute(rows, "select * from " + from)) {
         logSqlError(rows, SOURCE_LINE);
-        return verifyTransaction();
+        // The rows of a table that is there would be lost with it.
+        return !typesOf(from).contains("table") && verifyTransaction();
     }
     if (adjust)
         return copyAdjustedRows(rows, to, defaults, excluded, adjust);
@@ -521,7 +523,16 @@ bool UpdateBase::updateOrInsert(const QString &updateSql, const QString &insertS
 bool UpdateBase::setVersion(int newVersion)
 {
     tryAll({SQL("delete from version")});
-    return execAll({SQL(QString("insert into version values(%1)").arg(newVersion))});
+    if (!execAll({SQL(QString("insert into version values(%1)").arg(newVersion))}))
+        return false;
+    // A trigger may have made something else of it, or an old row may be left that counts more. The next run
+    // would take the database for an old one, and fail.
+    const bool isStored = storedVersion() == newVersion;
+    if (!verifyTransaction())
+        return false;
+    if (!isStored)
+        qWarning("The version %d was not stored: %s", newVersion, qUtf8Printable(filePath));
+    return isStored;
 }
 
 } // namespace coagulation

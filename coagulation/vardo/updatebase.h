@@ -110,8 +110,8 @@ protected:
     ///                 them
     /// \param excluded columns of `from` that are left out
     /// \param adjust changes a row before it is inserted
-    /// \return false when an insert failed; a `from` that cannot be selected is logged and counts as
-    ///         empty
+    /// \return false when an insert failed, or when a table that is there cannot be read; any other `from`
+    ///         that cannot be selected is logged and counts as empty
     [[nodiscard]] bool copyTable(const QString &from, const QString &to,
                                  const QSqlRecord &defaults = {}, const QStringList &excluded = {},
                                  const std::function<void(QSqlRecord &)> &adjust = {});
@@ -144,6 +144,7 @@ protected:
                                       const char *sourceFile, int line);
 
     /// Stores a version as the only row of the table `version`, which must exist.
+    /// \return false if the next run would not find it
     [[nodiscard]] bool setVersion(int newVersion);
 
     /// The version stored in the file before the run, 0 when there is none; the same for all steps.
@@ -156,7 +157,10 @@ private:
     enum class Moment { BeforeSteps, AfterSteps };
 
     [[nodiscard]] bool beginTransaction();
-    void readVersion();
+
+    /// \return 0 if there is none
+    [[nodiscard]] int storedVersion();
+
     /// Logs the damage if there is any.
     /// \return false when the file has to stay as it is
     [[nodiscard]] bool passesDamageCheck(Moment moment);

@@ -5,6 +5,7 @@
 #include "messagerecorder.h"
 #include "olddatabases.h"
 #include "testdatabase.h"
+#include "testfiles.h"
 #include "upgrade.h"
 
 #include <QTest>
@@ -57,6 +58,7 @@ private slots:
     void reachesTheNewestVersionFromEveryVersion();
     void failsAndKeepsTheFile_data();
     void failsAndKeepsTheFile();
+    void refusesATableThatCannotBeRead();
     void ignoresAndWarnsOnce_data();
     void ignoresAndWarnsOnce();
     void takesTheNameOfAnIndexOnAnotherTable_data();
@@ -142,6 +144,26 @@ void TestQc::failsAndKeepsTheFile()
     QFETCH(int, step);
 
     verifyUpgradeFails("qc", stored, obstacles, failing, step);
+}
+
+/// Its rows would be lost with it.
+void TestQc::refusesATableThatCannotBeRead()
+{
+    const TestDatabase database("qc.db");
+    makeDatabaseAt(database, "qc", 0);
+    database.execute({"alter table reagent add bad as (abs(-9223372036854775807 - 1))"});
+    const QByteArray before = fileBytes(database.path());
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(!upgraded);
+    QCOMPARE(fileBytes(database.path()), before);
+    QCOMPARE(recorder.messages().filter("Debug: update_v"), stepLog("qc", 0, 1));
+    const QStringList warnings = recorder.messages().filter("Warning: ");
+    QCOMPARE(warnings.size(), 1);
+    QVERIFY2(warnings.constFirst().endsWith("[ \"select * from reagent\" ]"),
+             qUtf8Printable(warnings.constFirst()));
 }
 
 void TestQc::ignoresAndWarnsOnce_data()

@@ -85,6 +85,8 @@ private slots:
     void copyTableMatchesColumnsByName();
     void copyTableFromAMissingTableCopiesNothing_data();
     void copyTableFromAMissingTableCopiesNothing();
+    void copyTableFailsAtATableThatCannotBeRead_data();
+    void copyTableFailsAtATableThatCannotBeRead();
     void copyTableFromAnEmptyTableNeedsNoTarget_data();
     void copyTableFromAnEmptyTableNeedsNoTarget();
     void copyTableAddsDefaults_data();
@@ -136,6 +138,8 @@ private slots:
     void setVersionLeavesOneRow();
     void setVersionWarnsTwiceWithoutItsTable();
     void setVersionInsertsEvenWhenTheDeleteFails();
+    void setVersionFailsIfTheNextRunWouldNotFindIt_data();
+    void setVersionFailsIfTheNextRunWouldNotFindIt();
 
     void readRowsVisitsEveryRow();
     void readRowsStopsWhenTheCallerDoes();
@@ -443,6 +447,32 @@ void TestEngineOperations::copyTableFromAMissingTableCopiesNothing()
                          "\"no such table: source\" : "
                          "[ \"select * from source\" ]"});
     QCOMPARE(database.table("target"), QStringList());
+}
+
+void TestEngineOperations::copyTableFailsAtATableThatCannotBeRead_data()
+{
+    addWays();
+}
+
+/// Its rows would be lost with it.
+/// Shows: OPS-7
+void TestEngineOperations::copyTableFailsAtATableThatCannotBeRead()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table source(id)", "insert into source values(1), (2)",
+                      "alter table source add column bad as (abs(-9223372036854775807 - 1))",
+                      "create table target(id)"});
+
+    const Outcome outcome = runStep(database, [](StepUpdater &step) {
+        return step.copyTable("source", "target", {}, {"bad"}, adjustOfWay());
+    });
+
+    QVERIFY(!outcome.result);
+    QCOMPARE(outcome.log,
+             QStringList{"Warning: coagulation/vardo/updatebase.cpp ( line ):  "
+                         "\"integer overflow\" : "
+                         "[ \"select * from source\" ]"});
+    QCOMPARE(database.rows("select id from source"), QStringList({"1", "2"}));
 }
 
 void TestEngineOperations::copyTableFromAnEmptyTableNeedsNoTarget_data()
@@ -1132,6 +1162,36 @@ void TestEngineOperations::setVersionInsertsEvenWhenTheDeleteFails()
     QVERIFY(result);
     QCOMPARE(recorder.messages().size(), 2);
     QCOMPARE(database.table("version"), QStringList({"1", "17"}));
+}
+
+void TestEngineOperations::setVersionFailsIfTheNextRunWouldNotFindIt_data()
+{
+    QTest::addColumn<QStringList>("statements");
+
+    const QString keep =
+        "create trigger keep before delete on version begin select raise(ignore); end";
+    QTest::newRow("nothing is stored") << QStringList{
+        "create trigger own before insert on version begin select raise(ignore); end"};
+    QTest::newRow("another one is stored") << QStringList{
+        "create trigger own after insert on version begin update version set version = 16; end"};
+    QTest::newRow("an old row is higher") << QStringList{"insert into version values(18)", keep};
+    QTest::newRow("an old row is a text") << QStringList{"insert into version values('old')", keep};
+}
+
+/// Shows: ENG-3
+void TestEngineOperations::setVersionFailsIfTheNextRunWouldNotFindIt()
+{
+    QFETCH(QStringList, statements);
+    const TestDatabase database;
+    database.execute(QStringList{versionTable} + statements);
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), [](StepUpdater &) { return true; });
+
+    const bool result = updater.setVersion(17);
+
+    QVERIFY(!result);
+    QCOMPARE(recorder.messages().mid(1),
+             QStringList{"Warning: The version 17 was not stored: " + database.path()});
 }
 
 /// Shows: OPS-7
