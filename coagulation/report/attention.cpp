@@ -29,11 +29,20 @@ bool belongsToCurves(const QString &table, const QString &column)
         || (table == "curvePoint" && ofPoint.contains(column, Qt::CaseInsensitive));
 }
 
+bool isTable(const TableFacts &table, const QString &name)
+{
+    return table.name.compare(name, Qt::CaseInsensitive) == 0;
+}
+
+bool isColumn(const QString &column, const QString &name)
+{
+    return column.compare(name, Qt::CaseInsensitive) == 0;
+}
+
 bool isReagentIdentifier(const DatabaseFacts &database, const TableFacts &table,
                          const QString &column)
 {
-    return database.name == "profile" && table.name.compare("reagent", Qt::CaseInsensitive) == 0
-        && column.compare("reagentId", Qt::CaseInsensitive) == 0;
+    return database.name == "profile" && isTable(table, "reagent") && isColumn(column, "reagentId");
 }
 
 /// The steps drop these and make nothing of the same name. Other indexes that they drop come back.
@@ -65,15 +74,30 @@ QString withName(const QString &key, const QString &name)
     return name.isEmpty() || key.startsWith("name = ") ? key : key + " (" + name + ')';
 }
 
+/// \return the literal in a column; empty if the row lacks it
+QString valueOf(const RowFacts &row, const QString &column)
+{
+    const auto cell = std::find_if(row.cells.begin(), row.cells.end(), [&column](const Cell &one) {
+        return isColumn(one.column, column);
+    });
+    return cell == row.cells.end() ? QString() : cell->value;
+}
+
 QStringList keysOf(const QList<RowFacts> &rows)
 {
     QStringList keys;
-    for (const RowFacts &row : rows) {
-        const auto name = std::find_if(row.cells.begin(), row.cells.end(),
-                                       [](const Cell &cell) { return cell.column == "name"; });
-        keys << withName(row.key, name == row.cells.end() ? QString() : name->value);
-    }
+    for (const RowFacts &row : rows)
+        keys << withName(row.key, valueOf(row, "name"));
     return keys;
+}
+
+/// \return "id = 7 for 'PT'" for each
+QStringList currentCurves(const QList<RowFacts> &rows)
+{
+    QStringList curves;
+    for (const RowFacts &row : rows)
+        curves << QString("id = %1 for %2").arg(valueOf(row, "curveId"), valueOf(row, "name"));
+    return curves;
 }
 
 QStringList quotedNames(QStringList names)
@@ -108,7 +132,9 @@ public:
     QList<Attention> found() &&
     {
         addCurves();
+        addMethods();
         for (qsizetype i = 0; i < database.tables.size(); ++i) {
+            addChosenValues(database.tables.at(i), tableAnchor(database.name, i));
             addLostRows(database.tables.at(i), tableAnchor(database.name, i));
             addNotCompared(database.tables.at(i), tableAnchor(database.name, i));
             addGoneColumns(database.tables.at(i), tableAnchor(database.name, i));
@@ -126,6 +152,8 @@ private:
         attention << Attention{kind, text, anchor};
     }
     void addCurves();
+    void addMethods();
+    void addChosenValues(const TableFacts &table, const QString &anchor);
     void addLostRows(const TableFacts &table, const QString &anchor);
     void addNotCompared(const TableFacts &table, const QString &anchor);
     void addGoneColumns(const TableFacts &table, const QString &anchor);
@@ -161,6 +189,45 @@ void Finder::addCurves()
                      others.size() == 1 ? "was" : "were",
                      firstOf(quotedNames(others), others.size())),
             curvesAnchor());
+}
+
+void Finder::addMethods()
+{
+    const auto table =
+        std::find_if(database.tables.begin(), database.tables.end(),
+                     [](const TableFacts &one) { return isTable(one, "assayCalibration"); });
+    const QString anchor = table == database.tables.end()
+        ? databaseAnchor(database.name)
+        : tableAnchor(database.name, table - database.tables.begin());
+    for (const MethodChange &change : database.methodChanges)
+        add(Kind::Calibration,
+            QString("The method of the calibration ‘%1’ changed from %2 to %3:"
+                    " calibrate its standard curves again before use.")
+                .arg(change.calibration, change.before, change.after),
+            anchor);
+}
+
+/// What the steps of the profile database choose among several standard curves of an assay.
+void Finder::addChosenValues(const TableFacts &table, const QString &anchor)
+{
+    if (database.name != "profile")
+        return;
+    if (isTable(table, "currentCurve") && !table.rowsBefore && table.added > 0)
+        add(Kind::Calibration,
+            QString("The upgrade chose the current standard curves: %1. Check which ones you use.")
+                .arg(firstOf(currentCurves(table.addedRows), table.added)),
+            anchor);
+    if (!isTable(table, "variable"))
+        return;
+    for (const ChangedRow &row : table.changedRows) {
+        for (const ChangedCell &cell : row.cells) {
+            if (isColumn(cell.column, "value") && cell.before == "NULL")
+                add(Kind::Calibration,
+                    QString("The variable %1 got the value %2 from a standard curve: check it.")
+                        .arg(withName(row.key, row.name), cell.after),
+                    anchor);
+        }
+    }
 }
 
 void Finder::addLostRows(const TableFacts &table, const QString &anchor)
@@ -230,7 +297,7 @@ void Finder::addGoneObjects()
 
 void Finder::addOverwritten(const TableFacts &table, const QString &anchor)
 {
-    if (table.name.compare("version", Qt::CaseInsensitive) == 0)
+    if (isTable(table, "version"))
         return;
     QStringList columns;
     QStringList counts;
@@ -296,7 +363,7 @@ QList<Attention> warningsOf(const QList<LogLine> &log, const QList<qsizetype> &n
     return warnings;
 }
 
-/// Leaves the first sentences of each kind, and says how many more there are. Of failures and curves each counts.
+/// Leaves the first sentences of each kind, and says how many more there are. Of failures, curves and calibrations each counts.
 QList<Attention> shortened(const QList<Attention> &all)
 {
     QList<Attention> kept;
@@ -306,7 +373,7 @@ QList<Attention> shortened(const QList<Attention> &all)
     QMap<Kind, qsizetype> seen;
     for (const Attention &item : all) {
         const qsizetype place = ++seen[item.kind];
-        const bool keepsAll = item.kind <= Kind::RefittedCurve;
+        const bool keepsAll = item.kind <= Kind::Calibration;
         if (keepsAll || place <= mostOfAKind)
             kept << item;
         else if (place == mostOfAKind + 1)

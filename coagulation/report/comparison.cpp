@@ -107,6 +107,7 @@ void addCurves(DatabaseFacts &facts, const QSqlDatabase &connection)
 {
     facts.curves = refittedCurves(connection);
     facts.otherInvalidCurves = otherInvalidCurves(connection, facts.curves);
+    facts.methodChanges = methodChanges(connection);
 }
 
 void compareContents(DatabaseFacts &facts, const QSqlDatabase &connection,

@@ -208,4 +208,30 @@ QStringList otherInvalidCurves(const QSqlDatabase &connection, const QList<Curve
     return names;
 }
 
+QList<MethodChange> methodChanges(const QSqlDatabase &connection)
+{
+    Questions questions(connection);
+    QList<MethodChange> changes;
+    for (const char *schema : {schemaBefore, schemaAfter}) {
+        const Terms calibration(questions, schema, "assayCalibration");
+        if (!calibration.has("name") || !calibration.has("method"))
+            return changes;
+    }
+    const Terms curve(questions, schemaAfter, "curve");
+    if (!curve.has("name") || !curve.has("valid"))
+        return changes;
+    questions.ask(
+        "select a.name, substr(quote(b.method), 1, 20), substr(quote(a.method), 1, 20) from main.assayCalibration as b"
+        " join after.assayCalibration as a on a.name = b.name"
+        " where a.method is not b.method and exists"
+        " (select 1 from after.curve as c where c.name = a.name and c.valid <> 0)"
+        " order by a.rowid",
+        {}, [&changes](const QSqlQuery &row) {
+            changes << MethodChange{row.value(0).toString(), row.value(1).toString(),
+                                    row.value(2).toString()};
+            return true;
+        });
+    return changes;
+}
+
 } // namespace coagulation::report

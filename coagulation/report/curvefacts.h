@@ -16,4 +16,8 @@ QList<CurveFacts> refittedCurves(const QSqlDatabase &connection);
 /// \return the names of the other curves that are not valid after the upgrade
 QStringList otherInvalidCurves(const QSqlDatabase &connection, const QList<CurveFacts> &refitted);
 
+/// A curve stores no method, so a valid one is read by the new method of its calibration.
+/// \return the calibrations with another method that have a valid curve after the upgrade
+QList<MethodChange> methodChanges(const QSqlDatabase &connection);
+
 } // namespace coagulation::report

@@ -128,6 +128,13 @@ struct CurveFacts {
     std::optional<double> largestDifference{};
 };
 
+/// A calibration whose curves are fitted by another method after the upgrade.
+struct MethodChange {
+    QString calibration; ///< the name
+    QString before;      ///< a literal
+    QString after;       ///< a literal
+};
+
 /// One of the four databases.
 struct DatabaseFacts {
     QString name;          ///< "profile", "data", "qc" or "syslog"
@@ -151,6 +158,7 @@ struct DatabaseFacts {
     QList<CurveFacts> curves{};
     QStringList
         otherInvalidCurves{}; ///< names of curves that are not valid and were not fitted once more
+    QList<MethodChange> methodChanges{}; ///< of calibrations that have a valid curve
 };
 
 struct LogLine {
@@ -173,6 +181,7 @@ struct Attention {
         Failure, ///< of the upgrade, or of a database that could not be read
         InvalidCurve,
         RefittedCurve,
+        Calibration, ///< another method, a value or a current curve that the upgrade chose
         LostRows,    ///< a table …_unmoved, or rows that are not there any more
         NotCompared, ///< a table
         GoneObject,  ///< a column, index, trigger, view or table

@@ -186,6 +186,13 @@ QJsonObject curveObject(const CurveFacts &curve)
             {"largestDifference", numberValue(curve.largestDifference)}};
 }
 
+QJsonObject methodChangeObject(const MethodChange &change)
+{
+    return {{"calibration", textValue(change.calibration)},
+            {"before", textValue(change.before)},
+            {"after", textValue(change.after)}};
+}
+
 QJsonObject databaseObject(const DatabaseFacts &database)
 {
     return {{"name", textValue(database.name)},
@@ -203,7 +210,8 @@ QJsonObject databaseObject(const DatabaseFacts &database)
             {"objectsGone", arrayOf(database.objectsGone, objectObject)},
             {"objectsNew", arrayOf(database.objectsNew, objectObject)},
             {"curves", arrayOf(database.curves, curveObject)},
-            {"otherInvalidCurves", textArray(database.otherInvalidCurves)}};
+            {"otherInvalidCurves", textArray(database.otherInvalidCurves)},
+            {"methodChanges", arrayOf(database.methodChanges, methodChangeObject)}};
 }
 
 QJsonObject lineObject(const LogLine &line)
@@ -222,6 +230,8 @@ QString kindWord(Attention::Kind kind)
         return "invalidCurve";
     case Attention::Kind::RefittedCurve:
         return "refittedCurve";
+    case Attention::Kind::Calibration:
+        return "calibration";
     case Attention::Kind::LostRows:
         return "lostRows";
     case Attention::Kind::NotCompared:

@@ -108,12 +108,16 @@ void writeCurvesToCalibrate(PageWriter &page, const DatabaseFacts &profile)
     }
     for (const QString &name : profile.otherInvalidCurves)
         invalid << Link{"curves", name};
+    QList<Link> ofAnotherMethod;
+    for (const MethodChange &change : profile.methodChanges)
+        ofAnotherMethod << Link{"attention", change.calibration};
     const Answer answer(page, "Which curves must be calibrated again?");
-    if (invalid.isEmpty() && refitted.isEmpty())
-        page.text(
-            "None because of this upgrade: no curve is invalid, and none was fitted once more");
+    if (invalid.isEmpty() && refitted.isEmpty() && ofAnotherMethod.isEmpty())
+        page.text("None because of this upgrade: no curve is invalid, none was fitted once more, "
+                  "and no calibration has another method");
     writeCurveNames(page, "Invalid: ", invalid);
     writeCurveNames(page, "Fitted once more: ", refitted);
+    writeCurveNames(page, "Of a calibration with another method: ", ofAnotherMethod);
 }
 
 /// \return the tables of a database in which values need attention since they were overwritten
@@ -155,6 +159,8 @@ QString headingOf(Attention::Kind kind)
         return "Standard curves that are invalid";
     case Attention::Kind::RefittedCurve:
         return "Standard curves that were fitted once more";
+    case Attention::Kind::Calibration:
+        return "Calibrations to check";
     case Attention::Kind::LostRows:
         return "Rows that did not arrive";
     case Attention::Kind::NotCompared:

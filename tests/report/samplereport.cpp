@@ -121,6 +121,7 @@ DatabaseFacts profileDatabase()
     profile.objectsNew << ObjectFacts{"trigger", "reagent_trigger", "reagent"};
     profile.curves << sampleCurve() << logisticCurve() << invalidCurve() << curveWithoutPoints();
     profile.otherInvalidCurves = QStringList{"AT III"};
+    profile.methodChanges << MethodChange{"DD", "0", "4"};
     return profile;
 }
 
@@ -142,6 +143,7 @@ QList<Attention> pointsOfEveryKind()
         {Attention::Kind::Failure, "The step update_v12() of data failed.", databaseAnchor("data")},
         {Attention::Kind::InvalidCurve, "The curve II is invalid.", curveAnchor(2)},
         {Attention::Kind::RefittedCurve, "The curve FIB was fitted once more.", curveAnchor(0)},
+        {Attention::Kind::Calibration, "The method of DD changed.", tableAnchor("profile", 0)},
         {Attention::Kind::LostRows, "reagent_unmoved holds 3 rows.", tableAnchor("profile", 2)},
         {Attention::Kind::GoneObject, "The index curve_index is gone.", objectsAnchor("profile")},
         {Attention::Kind::Overwritten, "A value of profile was overwritten.",
@@ -301,6 +303,8 @@ void fill(DatabaseFacts &database, const QString &text)
     for (CurveFacts &curve : database.curves)
         fill(curve, text);
     fill(database.otherInvalidCurves, text);
+    for (MethodChange &change : database.methodChanges)
+        change = {text, text, text};
 }
 
 } // namespace

@@ -108,6 +108,30 @@ void TestAttention::tellsWhatDatabasesHave_data()
         << Kind::RefittedCurve
         << "The standard curve ‘PT’ was fitted once more: calibrate again before use.";
 
+    const QString valid = "insert into curve values(1, 'DD', '2020-01-01', 1)";
+    const QString calibration =
+        "create table assayCalibration(id integer primary key, name, method)";
+    QTest::newRow("another method, of no overwritten one")
+        << "profile"
+        << QStringList{curve, valid, calibration,
+                       "insert into assayCalibration values(1, 'DD', null)"}
+        << QStringList{curve, valid, calibration, "insert into assayCalibration values(1, 'DD', 4)"}
+        << Kind::Calibration
+        << "The method of the calibration ‘DD’ changed from NULL to 4:"
+           " calibrate its standard curves again before use.";
+    const QString variable = "create table variable(id integer primary key, name, value)";
+    QTest::newRow("a variable's value")
+        << "profile" << QStringList{variable, "insert into variable values(1, 'ISI', null)"}
+        << QStringList{variable, "insert into variable values(1, 'ISI', 1.07)"} << Kind::Calibration
+        << "The variable id = 1 ('ISI') got the value 1.07 from a standard curve: check it.";
+    QTest::newRow("current curves")
+        << "profile" << QStringList{}
+        << QStringList{"create table currentCurve(id integer primary key, name, curveId)",
+                       "insert into currentCurve values(2, 'FIB', 2), (6, 'PT', 7)"}
+        << Kind::Calibration
+        << "The upgrade chose the current standard curves: id = 2 for 'FIB' and id = 7 for 'PT'."
+           " Check which ones you use.";
+
     QTest::newRow("lost row") << "qc" << QStringList{numbered, rows}
                               << QStringList{numbered, rows, "delete from t where id = 2"}
                               << Kind::LostRows
@@ -223,6 +247,15 @@ void TestAttention::isSilentOtherwise_data()
     const QString valid = "insert into curve values(1, 'PT', '2020-01-01', 1)";
     QTest::newRow("valid curve") << "profile" << QStringList{curve, valid}
                                  << QStringList{curve, valid};
+    const QString current = "create table currentCurve(id integer primary key, name, curveId)";
+    QTest::newRow("current curves of before")
+        << "profile" << QStringList{current, "insert into currentCurve values(6, 'PT', 7)"}
+        << QStringList{current, "insert into currentCurve values(6, 'PT', 7), (7, 'II', 8)"};
+    QTest::newRow("no current curve") << "profile" << QStringList{} << QStringList{current};
+    const QString variable = "create table variable(id integer primary key, name, value)";
+    QTest::newRow("a variable of another database")
+        << "data" << QStringList{variable, "insert into variable values(1, 'ISI', null)"}
+        << QStringList{variable, "insert into variable values(1, 'ISI', 1.07)"};
     QTest::newRow("curve of an instrument") // of the data database
         << "data"
         << QStringList{"create table curve(id integer primary key, curve)",

@@ -18,6 +18,8 @@ private slots:
     void readsOldAndOddLayouts_data();
     void readsOldAndOddLayouts();
     void namesOtherInvalidCurves();
+    void findsOtherMethods_data();
+    void findsOtherMethods();
 };
 
 namespace {
@@ -159,6 +161,58 @@ void TestCurveFacts::namesOtherInvalidCurves()
 
     QCOMPARE(compared(before, after, "profile").otherInvalidCurves,
              (QStringList{"kept", "unknown"}));
+}
+
+void TestCurveFacts::findsOtherMethods_data()
+{
+    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<QStringList>("changes");
+
+    const QStringList sample{"create table curve(id integer primary key, name, valid)",
+                             "insert into curve values(1, 'PT', 1), (2, 'PT', 0), (3, 'II', 0)",
+                             "create table assayCalibration(name, method)",
+                             "insert into assayCalibration values('DD', 4), ('PT', 0), ('II', 0)"};
+    const QStringList none;
+    QTest::newRow("another method")
+        << sample << "update assayCalibration set method = method + 1" << QStringList{"PT 0 1"};
+    QTest::newRow("no method") << sample << "update assayCalibration set method = null"
+                               << QStringList{"PT 0 NULL"};
+    QTest::newRow("another type") << sample << "update assayCalibration set method = '0'"
+                                  << QStringList{"PT 0 '0'"};
+    QTest::newRow("the same method")
+        << sample << "update assayCalibration set method = 0 where name <> 'DD'" << none;
+    QTest::newRow("an invalid curve")
+        << sample << "update assayCalibration set method = 4 where name = 'II'" << none;
+    QTest::newRow("a new calibration")
+        << sample << "insert into assayCalibration values('AT', 4)" << none;
+    QTest::newRow("curves without validity")
+        << QStringList{"create table curve(id integer primary key, name)",
+                       "insert into curve values(1, 'PT')"}
+            + sample.mid(2)
+        << "update assayCalibration set method = 4" << none;
+    QTest::newRow("calibrations without methods")
+        << sample.first(2) + QStringList{"create table assayCalibration(name)"}
+        << "insert into assayCalibration values('PT')" << none;
+    QTest::newRow("no curves") << sample.mid(2) << "update assayCalibration set method = 4" << none;
+}
+
+/// Shows: REP-14
+void TestCurveFacts::findsOtherMethods()
+{
+    QFETCH(QStringList, before);
+    QFETCH(QString, change);
+    const TestDatabase databaseBefore;
+    databaseBefore.execute(before);
+    const TestDatabase databaseAfter;
+    databaseAfter.execute(before + QStringList{change});
+
+    QStringList changes;
+    for (const MethodChange &one : compared(databaseBefore, databaseAfter, "profile").methodChanges)
+        changes << one.calibration + ' ' + one.before + ' ' + one.after;
+
+    QTEST(changes, "changes");
+    QVERIFY(compared(databaseBefore, databaseAfter, "qc").methodChanges.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestCurveFacts)

@@ -68,9 +68,9 @@ void TestJson::holdsEachFact_data()
     row("exitCode", 1);
     row("milliseconds", 3'456);
     row("problem", "vardo ended with exit code 1.");
-    row("attention/3/kind", "lostRows");
-    row("attention/3/text", "reagent_unmoved holds 3 rows.");
-    row("attention/3/anchor", "table-profile-3");
+    row("attention/4/kind", "lostRows");
+    row("attention/4/text", "reagent_unmoved holds 3 rows.");
+    row("attention/4/anchor", "table-profile-3");
     row("databases/0/name", "profile");
     row("databases/0/newestVersion", 30);
     row("databases/0/versionBefore", 9);
@@ -114,6 +114,9 @@ void TestJson::holdsEachFact_data()
     row("databases/0/objectsGone/0/table", "curve");
     row("databases/0/objectsNew/0/name", "reagent_trigger");
     row("databases/0/otherInvalidCurves/0", "AT III");
+    row("databases/0/methodChanges/0/calibration", "DD");
+    row("databases/0/methodChanges/0/before", "0");
+    row("databases/0/methodChanges/0/after", "4");
     row("databases/0/curves/0/key", "id = 2");
     row("databases/0/curves/0/name", "FIB");
     row("databases/0/curves/0/xUnit", "s");
@@ -166,8 +169,9 @@ void TestJson::namesEachKindOfPoint()
         kinds << point.toObject().value("kind").toString();
 
     QCOMPARE(kinds,
-             QStringList({"failure", "invalidCurve", "refittedCurve", "lostRows", "goneObject",
-                          "overwritten", "reagentIdentifier", "loweredVersion", "warning"}));
+             QStringList({"failure", "invalidCurve", "refittedCurve", "calibration", "lostRows",
+                          "goneObject", "overwritten", "reagentIdentifier", "loweredVersion",
+                          "warning"}));
 }
 
 void TestJson::holdsNullForWhatIsNotKnown_data()

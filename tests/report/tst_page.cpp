@@ -169,7 +169,8 @@ void TestPage::answersWhatMostPeopleAsk()
              QStringList({"Would the upgrade work? No",
                           "How long does it take? 3.5 s on this computer, without the copying",
                           "Which curves must be calibrated again? Invalid: II, AT III "
-                          "Fitted once more: FIB, DD, AT",
+                          "Fitted once more: FIB, DD, AT "
+                          "Of a calibration with another method: DD",
                           "Which settings changed? Values were overwritten in profile"}));
 }
 
@@ -181,7 +182,7 @@ void TestPage::answersThatThereIsNothingToCalibrate()
              QStringList(
                  {"Is anything wrong? No",
                   "Which curves must be calibrated again? None because of this upgrade: no curve "
-                  "is invalid, and none was fitted once more",
+                  "is invalid, none was fitted once more, and no calibration has another method",
                   "Which settings changed? No value was overwritten"}));
 }
 
@@ -215,7 +216,7 @@ void TestPage::groupsManyPointsByKind()
     QCOMPARE(page.textsWithin("attention", "h3"),
              QStringList({"Failures (1)", "Standard curves that are invalid (1)",
                           "Standard curves that were fitted once more (1)",
-                          "Rows that did not arrive (1)",
+                          "Calibrations to check (1)", "Rows that did not arrive (1)",
                           "Columns, tables, indexes, triggers and views that are gone (1)",
                           "Values of yours that were overwritten (1)",
                           "Reagent identifiers that changed (1)", "Versions that were lowered (1)",
