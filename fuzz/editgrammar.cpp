@@ -85,7 +85,7 @@ void EditGrammar::collect(const QByteArray &bytes)
         for (const QByteArray &column : table.columns) {
             for (const QByteArray &found :
                  file.column("select distinct quote(" + quotedName(column) + ") from "
-                             + quotedName(name) + " limit 20")) {
+                             + quotedName(name) + " limit 500")) {
                 if (found.size() <= longestValue && !found.contains('\n'))
                     values << found;
             }
@@ -142,7 +142,7 @@ QByteArray EditGrammar::condition(Random &random) const
     case 1:
         return " where rowid % 2 = " + number(random.below(2));
     default:
-        return " where rowid = " + number(1 + random.below(30));
+        return " where rowid = " + number(1 + random.below(random.oneIn(3) ? 400 : 20));
     }
 }
 

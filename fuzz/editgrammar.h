@@ -53,7 +53,6 @@ private:
     };
 
     void collect(const QByteArray &bytes);
-    QByteArray foundValue(Random &random) const;
     QByteArray tableName(Random &random) const;
     QByteArray newName(Random &random) const;
     QByteArray condition(Random &random) const;

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "editscript.h"
 
+#include "requirement.h"
+
 #include "olddatabases.h"
 #include "plainsqlite.h"
 #include "testfiles.h"
 
 #include <QFile>
 #include <QMap>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <array>
@@ -148,6 +151,30 @@ QByteArray readIfThere(const QString &path)
     return QFile::exists(path) ? fileBytes(path) : QByteArray();
 }
 
+QByteArray madeSample(const QString &name, int version)
+{
+    const TestDatabase database(name + ".db");
+    makeDatabaseAt(database, name, version);
+    return database.bytes();
+}
+
+/// A fuzzer starts its target many times over, and a sample takes longer to make than to upgrade: the first one to need
+/// it leaves it in a folder for the others.
+QByteArray sharedSample(const QString &name, int version)
+{
+    const QString folder = qEnvironmentVariable("VARDO_FUZZ_SAMPLES");
+    if (folder.isEmpty())
+        return madeSample(name, version);
+    const QString path = QString("%1/%2-%3.db").arg(folder, name).arg(version);
+    if (!QFile::exists(path)) {
+        QSaveFile file(path); // whole, or not there yet
+        const bool isWritten = file.open(QIODevice::WriteOnly)
+            && file.write(madeSample(name, version)) > 0 && file.commit();
+        require(isWritten, "a sample can be left for others: " + file.errorString());
+    }
+    return fileBytes(path);
+}
+
 } // namespace
 
 EditScript EditScript::read(const QByteArray &text, int newest)
@@ -197,12 +224,9 @@ DatabaseFiles editedSample(const QString &name, const EditScript &script, const 
 
 QByteArray sampleBytes(const QString &name, int version)
 {
-    static QMap<std::pair<QString, int>, QByteArray> made;
-    QByteArray &bytes = made[{name, version}];
-    if (bytes.isEmpty()) {
-        const TestDatabase database(name + ".db");
-        makeDatabaseAt(database, name, version);
-        bytes = database.bytes();
-    }
+    static QMap<std::pair<QString, int>, QByteArray> known;
+    QByteArray &bytes = known[{name, version}];
+    if (bytes.isEmpty())
+        bytes = sharedSample(name, version);
     return bytes;
 }

@@ -74,15 +74,41 @@ void checkReportsCommandLine(const QStringList &arguments)
     require(!parsed.command->names.suffix.contains('/'), "the suffix names no folder");
 }
 
-/// \return whether a name leads to no place outside of the working folder
-bool isConfined(const QString &name)
-{
-    return !name.startsWith('/') && !name.split('/').contains("..");
-}
-
 QString nameOf(const char *database)
 {
     return databaseFileName(QString("%1") + database + "%2.db");
+}
+
+/// \return whether a name leads to no place outside of the folder of the run, which absolute ones get at their beginning
+bool isConfined(const QString &name)
+{
+    return !name.split('/').contains("..");
+}
+
+bool isConfined(const CommandLine &command)
+{
+    fileNameAffixes() = command.affixes;
+    return isConfined(nameOf("")) && isConfined(command.logFile);
+}
+
+/// \return whether a value stands behind its option, or is empty
+bool isValueOf(const QString &option, const QString &value, const QStringList &arguments)
+{
+    if (value.isEmpty())
+        return true;
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        if (arguments.at(i - 1) == option && arguments.at(i) == value)
+            return true;
+    }
+    return false;
+}
+
+void checkValues(const CommandLine &command, const QStringList &arguments)
+{
+    require(isValueOf("-p", command.affixes.prefix, arguments), "the prefix is the one given");
+    require(isValueOf("-s", command.affixes.suffix, arguments), "the suffix is the one given");
+    require(command.logFile.isEmpty() || arguments.contains(command.logFile),
+            "the log is the one given");
 }
 
 /// The run of vardo in a folder of its own, which holds one of the four databases.
@@ -92,6 +118,10 @@ public:
         : command(std::move(commandLine))
     {
         require(QDir::setCurrent(folder.path()), "the folder can be entered");
+        for (QString *name : {&command.affixes.prefix, &command.logFile}) {
+            if (name->startsWith('/'))
+                name->prepend(folder.path());
+        }
         fileNameAffixes() = command.affixes;
         checkNames();
         databasePath = pathOf(nameOf("syslog"));
@@ -125,7 +155,10 @@ private:
     }
 
     /// \param name relative, also if it begins with a colon, which Qt would take for a resource
-    QString pathOf(const QString &name) const { return folder.path() + '/' + name; }
+    QString pathOf(const QString &name) const
+    {
+        return name.startsWith('/') ? name : folder.path() + '/' + name;
+    }
 
     void checkNames() const
     {
@@ -202,10 +235,12 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 
     checkReportsCommandLine(arguments);
     const CommandLine command = parseCommandLine(arguments);
-    if (command.exitCode)
+    if (command.exitCode) {
         checkExitCode(command);
-    else if (isConfined(command.affixes.prefix + '/') && isConfined(command.affixes.suffix)
-             && isConfined(nameOf("")) && isConfined(command.logFile))
+        return 0;
+    }
+    checkValues(command, arguments);
+    if (isConfined(command))
         Run(command).run();
     return 0;
 }

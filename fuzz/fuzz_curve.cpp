@@ -102,6 +102,30 @@ void checkCoefficients(const StandardCurve &curve, const Input &input)
     require(curve.coefficient(0) != curve.coefficient(3), "the plateaus differ");
 }
 
+/// On the axes of the fit, from what is stored.
+void checkCorrelation(const std::vector<StdPoint> &points, const Input &input)
+{
+    const auto onAxis = [&input](double y) {
+        return input.yFunction == zu::Function::Log ? std::log10(y) : y;
+    };
+    const auto count = double(points.size());
+    double mean = 0.0;
+    for (const StdPoint &point : points)
+        mean += onAxis(point.y) / count;
+    double largest = 0.0;
+    for (const StdPoint &point : points)
+        largest = std::max(largest, std::abs(onAxis(point.y) - mean));
+    double residual = 0.0;
+    double total = 0.0;
+    for (const StdPoint &point : points) { // squares of what may be very large or small
+        residual += std::pow((onAxis(point.y) - onAxis(point.z)) / largest, 2);
+        total += std::pow((onAxis(point.y) - mean) / largest, 2);
+    }
+    constexpr double rounding = 1e-6;
+    require(std::sqrt(1.0 - residual / total) >= StandardCurve::minimumCorrelation - rounding,
+            "the points lie near the curve");
+}
+
 void checkPoints(const StandardCurve &curve, const Input &input)
 {
     constexpr double rounding = 1e-9; // of the largest y
@@ -127,16 +151,22 @@ void checkPoints(const StandardCurve &curve, const Input &input)
         std::accumulate(used.begin(), used.end(), 0.0, [](double most, const StdPoint &point) {
             return std::max(most, std::abs(point.z));
         });
-    const double direction = used.back().z - used.front().z;
+    const bool falls = input.method == zu::RegressionMethod::Linear
+        ? curve.coefficient(1) < 0.0
+        : curve.coefficient(3) < curve.coefficient(0);
     for (std::size_t i = 0; i < used.size(); ++i) {
-        require(std::isfinite(used[i].z), "each z is finite");
-        require(std::abs(valueAt(curve, input, used[i].x) - used[i].z) <= 1e-6 * largest,
+        const double z = used[i].z;
+        require(std::isfinite(z), "each z is finite");
+        // with a logarithm small values count as much as large ones
+        const double scale = input.yFunction == zu::Function::Log ? std::abs(z) : largest;
+        require(std::abs(valueAt(curve, input, used[i].x) - z) <= 1e-6 * scale,
                 "the coefficients give each z");
-        if (i > 0)
-            require((used[i].z - used[i - 1].z) * direction
-                        >= -rounding * largest * std::abs(direction),
-                    "the z rise or fall with x");
+        if (i > 0) {
+            const double step = z - used[i - 1].z;
+            require((falls ? -step : step) >= -rounding * largest, "the z rise or fall with x");
+        }
     }
+    checkCorrelation(used, input);
 }
 
 } // namespace

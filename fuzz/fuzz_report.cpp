@@ -26,9 +26,26 @@ void checkIsUtf8(const QByteArray &text)
     require(QString::fromUtf8(text).toUtf8() == text, "the text is UTF-8");
 }
 
+/// \return whether a letter is not seen, and changes how others are
 bool isControlCharacter(QChar letter)
 {
-    return letter != '\n' && letter.category() == QChar::Other_Control;
+    const bool turnsOthersRound = (letter >= QChar(0x202a) && letter <= QChar(0x202e))
+        || (letter >= QChar(0x2066) && letter <= QChar(0x2069));
+    return turnsOthersRound || (letter != '\n' && letter.category() == QChar::Other_Control);
+}
+
+/// Nothing runs, and nothing comes from elsewhere.
+void checkIsInert(const QStringView &element, const QXmlStreamAttributes &attributes)
+{
+    static const QStringList active{"script", "iframe", "object", "embed", "link",  "img",
+                                    "form",   "input",  "base",   "audio", "video", "image"};
+    require(!active.contains(element.toString()),
+            "there is no such element: " + element.toString());
+    for (const QXmlStreamAttribute &attribute : attributes) {
+        const QString name = attribute.name().toString();
+        require(!name.startsWith("on") && name != "src", "there is no such attribute: " + name);
+        require(name != "href" || attribute.value().startsWith('#'), "links stay in the page");
+    }
 }
 
 void checkPage(const Report &report)
@@ -49,6 +66,7 @@ void checkPage(const Report &report)
         const QXmlStreamAttributes attributes = reader.attributes();
         if (!reader.isStartElement())
             continue;
+        checkIsInert(reader.name(), attributes);
         if (const QString id = attributes.value("id").toString(); !id.isEmpty()) {
             require(!ids.contains(id), "an identifier is there once: " + id);
             ids << id;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "inputreader.h"
 
+#include <QStringList>
+
 #include <array>
 #include <bit>
 #include <limits>
@@ -28,9 +30,9 @@ constexpr std::array specialNumbers{
     1e-9,
 };
 
-const std::array<QString, 16> &specialTexts()
+const QStringList &specialTexts()
 {
-    static const std::array<QString, 16> texts{
+    static const QStringList texts{
         "",
         "</td><script>",
         "]]>",
@@ -44,6 +46,17 @@ const std::array<QString, 16> &specialTexts()
         "update_v12()",
         "profile",
         "reagent",
+        "variable",
+        "value",
+        "currentCurve",
+        "version",
+        "name",
+        "reagentId",
+        "t_unmoved2",
+        "view",
+        "index",
+        "result_index",
+        "ok",
         QString(2'100, 'w'),
         QString(QChar(0x202e)) + QChar(0x5d0) + QChar(0x301) + QString::fromUcs4(U"\U0001F9EA"),
         QString(QChar(0)) + QChar(0xd83e) + QChar(0xffff) + QChar(0x9b),
@@ -92,7 +105,7 @@ QString InputReader::text()
     QString text;
     switch (below(3)) {
     case 0:
-        return specialTexts().at(std::size_t(below(int(specialTexts().size()))));
+        return specialTexts().at(below(int(specialTexts().size())));
     case 1:
         for (int left = below(16); left > 0; --left)
             text += QChar(byte());

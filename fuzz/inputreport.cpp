@@ -30,6 +30,15 @@ std::optional<Value> readOptional(InputReader &input, Value (*read)(InputReader 
     return read(input);
 }
 
+/// Makes a list longer than what the page shows of one, with many items that are alike.
+template <typename Item> QList<Item> prolonged(InputReader &input, QList<Item> items)
+{
+    constexpr qsizetype many = 25;
+    if (!items.isEmpty() && input.below(8) == 7)
+        items += QList<Item>(many, items.constLast());
+    return items;
+}
+
 QString readText(InputReader &input)
 {
     return input.text();
@@ -121,7 +130,7 @@ TableFacts readTable(InputReader &input)
     table.addedRows = readList(input, readRow);
     table.removedRows = readList(input, readRow);
     table.renamedRows = readList(input, readRow);
-    table.changedRows = readList(input, readChangedRow);
+    table.changedRows = prolonged(input, readList(input, readChangedRow));
     table.problem = input.text();
     table.damaged = input.flag();
     countShownRows(table);
@@ -191,6 +200,11 @@ CurveFacts readCurve(InputReader &input)
     return curve;
 }
 
+MethodChange readMethodChange(InputReader &input)
+{
+    return {input.text(), input.text(), input.text()};
+}
+
 DatabaseFacts readDatabase(InputReader &input, const QString &name)
 {
     DatabaseFacts database;
@@ -208,12 +222,13 @@ DatabaseFacts readDatabase(InputReader &input, const QString &name)
     database.unreadable = input.flag();
     if (database.filesBefore.isEmpty() && database.filesAfter.isEmpty())
         return database; // nothing was compared
-    database.tables = readList(input, readTable);
+    database.tables = prolonged(input, readList(input, readTable));
     database.objectsGone = readList(input, readObject);
     database.objectsNew = readList(input, readObject);
     if (name == "profile") {
-        database.curves = readList(input, readCurve);
-        database.otherInvalidCurves = readList(input, readText);
+        database.curves = prolonged(input, readList(input, readCurve));
+        database.otherInvalidCurves = prolonged(input, readList(input, readText));
+        database.methodChanges = readList(input, readMethodChange);
     }
     return database;
 }
@@ -246,7 +261,7 @@ Report readReport(InputReader &input)
     for (const QString &name : names.first(input.below(int(names.size()) + 1)))
         report.databases << readDatabase(input, name);
     report.record = readRecord(input);
-    report.log = readList(input, readLogLine);
+    report.log = prolonged(input, readList(input, readLogLine));
     report.exitCode = readOptional(input, readInteger);
     report.milliseconds = readOptional(input, readCount);
     report.problem = input.text();

@@ -182,7 +182,7 @@ CurveFacts sampleCurve()
 Report sampleReport()
 {
     Report report;
-    report.record = {QDateTime(QDate(2026, 11, 22), QTime(9, 35, 43), Qt::OffsetFromUTC, 3'600),
+    report.record = {QDateTime::fromString("2026-11-22T09:35:43+01:00", Qt::ISODate),
                      "workstation",
                      "technician",
                      "/usr/bin/vardo",
