@@ -516,7 +516,8 @@ void TestVardo::leavesALogWhenItIsKilled()
             QVERIFY(locking.exec(statement));
 
         RunningTool tool({.program = VARDO, .log = path("log.txt"), .folder = folder->path()});
-        QTRY_COMPARE(logLines(path("log.txt")), expected);
+        (void)QTest::qWaitFor([&] { return logLines(path("log.txt")) == expected; });
+        QCOMPARE(logLines(path("log.txt")), expected);
         tool.kill();
         QVERIFY(!tool.result().exited);
     }
