@@ -48,7 +48,9 @@ void makeApplication()
     static std::string program = "fuzz_commandline";
     static std::array<char *, 2> arguments{program.data(), nullptr};
     static int count = 1;
-    static const QCoreApplication application(count, arguments.data());
+    // Never destroyed: at the end of a program Qt's own static objects may be gone before it.
+    static const auto *application = new QCoreApplication(count, arguments.data());
+    Q_UNUSED(application)
 }
 
 QStringList argumentsOf(const QByteArray &input)

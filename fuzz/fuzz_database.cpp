@@ -42,7 +42,8 @@ private:
     int argumentCount = 1;
     std::string program = "fuzz_database";
     std::array<char *, 2> arguments{program.data(), nullptr};
-    QCoreApplication application{argumentCount, arguments.data()};
+    // Never destroyed: at the end of a program Qt's own static objects may be gone before it.
+    QCoreApplication *application = new QCoreApplication(argumentCount, arguments.data());
     ScratchFolder scratch;
 };
 

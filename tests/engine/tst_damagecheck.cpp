@@ -65,6 +65,23 @@ QString damageLine(const TestDatabase &database, const QString &finding)
     return "Warning: Database " + database.path() + " is damaged: " + finding;
 }
 
+/// The words of the findings depend on the version of SQLite.
+const QStringList missingRow{"row 1 missing from index damagedIndex",
+                             "wrong # of entries in index damagedIndex"};
+const QStringList unusedPage{"*** in database main *** Page 3 is never used",
+                             "*** in database main *** Page 3: never used"};
+
+/// \return the line that reports one of some findings: the one that the message is, or else the first
+QString damageLine(const TestDatabase &database, const QStringList &findings,
+                   const QString &message)
+{
+    for (const QString &finding : findings) {
+        if (message == damageLine(database, finding))
+            return message;
+    }
+    return damageLine(database, findings.constFirst());
+}
+
 } // namespace
 
 class TestDamageCheck : public QObject {
@@ -112,7 +129,7 @@ void TestDamageCheck::refusesAnIndexThatLacksARow()
     QVERIFY(!outcome.stepRan);
     QCOMPARE(outcome.messages,
              QStringList({"Debug: Updating " + database.path(),
-                          damageLine(database, "row 1 missing from index damagedIndex")}));
+                          damageLine(database, missingRow, outcome.messages.constLast())}));
     QCOMPARE(database.bytes(), before);
 }
 
@@ -287,7 +304,7 @@ void TestDamageCheck::logsAFindingInOneLine()
 
     QVERIFY(!outcome.upgraded);
     QCOMPARE(outcome.messages.constLast(),
-             damageLine(database, "*** in database main *** Page 3 is never used"));
+             damageLine(database, unusedPage, outcome.messages.constLast()));
 }
 
 void TestDamageCheck::reportsTheAbsolutePath()
@@ -304,7 +321,7 @@ void TestDamageCheck::reportsTheAbsolutePath()
     QVERIFY(QDir::setCurrent(workingDirectory));
     QVERIFY(!upgraded);
     QCOMPARE(recorder.messages().constLast(),
-             damageLine(database, "row 1 missing from index damagedIndex"));
+             damageLine(database, missingRow, recorder.messages().constLast()));
 }
 
 void TestDamageCheck::findsDamageBehindFindingsAboutValues_data()
@@ -327,7 +344,7 @@ void TestDamageCheck::findsDamageBehindFindingsAboutValues()
     QVERIFY(!outcome.upgraded);
     QVERIFY(!outcome.stepRan);
     QCOMPARE(outcome.messages.mid(1),
-             QStringList{damageLine(database, "row 1 missing from index damagedIndex")});
+             QStringList{damageLine(database, missingRow, outcome.messages.constLast())});
 }
 
 void TestDamageCheck::takesAFindingAboutAValueForNoDamage_data()

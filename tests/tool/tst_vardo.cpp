@@ -655,7 +655,9 @@ void TestVardo::logsTheSameInEveryEnvironment()
     const ToolRun usual = run({"-p", "a_"});
     const ToolRun result = run({"-p", "b_"}, VARDO, environment);
 
-    QCOMPARE(result.errors, QByteArray(usual.errors).replace("/a_", "/b_"));
+    // some versions of Qt first say that they take another locale
+    const QByteArray lines = result.errors.mid(result.errors.indexOf("File doesn't exist"));
+    QCOMPARE(lines, QByteArray(usual.errors).replace("/a_", "/b_"));
     QCOMPARE(usual.errors.count('\n'), 3 + 2 + stepsOf("syslog").size()); // three are missing
     QCOMPARE(result.exitCode, 0);
 }
