@@ -47,6 +47,7 @@ private slots:
     void findsTheDatabases_data();
     void findsTheDatabases();
     void recordsTheOriginals();
+    void recordsTheProgramThatRan();
     void recordsTheSteps();
     void removesTheCopies();
     void keepsTheCopiesWhereItIsAskedTo();
@@ -171,6 +172,20 @@ void TestRehearse::recordsTheOriginals()
     QCOMPARE(file["bytes"], bytes.size());
     QCOMPARE(file["sha256"],
              QString(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex()));
+}
+
+/// Shows: REP-19
+void TestRehearse::recordsTheProgramThatRan()
+{
+    laboratory->run(laboratory->rehearsal());
+
+    const QJsonObject record = laboratory->facts()["record"].toObject();
+    const QString program = record["program"].toString();
+    QCOMPARE(QFileInfo(program).path(), QFileInfo(VARDO_REPORT).path());
+    QCOMPARE(QFileInfo(program).completeBaseName(), "vardo");
+    QCOMPARE(
+        record["programSha256"],
+        QString(QCryptographicHash::hash(fileBytes(program), QCryptographicHash::Sha256).toHex()));
 }
 
 /// Shows: REP-1
@@ -345,13 +360,15 @@ void TestRehearse::refusesToOverwriteTheLogOfALinkedDatabase()
 /// Shows: REP-15
 void TestRehearse::showsPatientsOnlyWhenAskedTo()
 {
-    executeOn(path("data.db"), {"update patient set name = 'Jane Roe'"});
+    // a value that an upgrade changes
+    executeOn(path("data.db"), {"update patient set time = 'Jane Roe.5'"});
 
     laboratory->run(laboratory->rehearsal());
     QVERIFY(!laboratory->pageText().contains("Jane Roe"));
 
     laboratory->run(laboratory->rehearsal({"--examples"}));
     QVERIFY(laboratory->facts()["examplesOfPatients"].toBool());
+    QVERIFY(laboratory->pageText().contains("Jane Roe"));
 }
 
 void TestRehearse::showsNoValueOfPatients_data()
