@@ -727,6 +727,8 @@ void TestStandardCurve::endsForAnyNumbers_data()
         << good << Values{5e-324, 1e-323, 1.5e-323, 2e-323, 2.5e-323, 3e-323, 3.5e-323};
     QTest::newRow("largest numbers") << Values(7, std::numeric_limits<double>::max())
                                      << Values(7, std::numeric_limits<double>::max());
+    QTest::newRow("x that are alike beside a distant one")
+        << Values{1, std::nextafter(1.0, 2.0), 1e300, 1e301, 1e302, 1e303, 1e304} << good;
     QTest::newRow("alternating") << good << Values{1, -1, 1, -1, 1, -1, 1};
     QTest::newRow("pairs") << Values{1, 1, 2, 2, 3, 3, 3} << Values{1, 2, 1, 2, 1, 2, 1};
 }

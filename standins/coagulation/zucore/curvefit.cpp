@@ -285,8 +285,11 @@ LogisticFitter::LogisticFitter(VectorXd pointLnX, VectorXd pointY,
     , width(distinctLnX.back() - distinctLnX.front())
     , problem((lnX.array() - middle) / width, y)
 {
-    for (const double value : thinned(distinctLnX))
-        distinct.push_back((value - middle) / width);
+    for (const double value : thinned(distinctLnX)) {
+        const double place = (value - middle) / width;
+        if (distinct.empty() || place > distinct.back()) // beside a distant one two may become alike
+            distinct.push_back(place);
+    }
 }
 
 /// \return where the rise may be: between the points, closer to each other near a point, and beyond
