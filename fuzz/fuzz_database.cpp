@@ -20,6 +20,7 @@
 #include <array>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -56,9 +57,9 @@ const Environment &environment()
 /// One edited sample and its upgrade.
 class Case {
 public:
-    explicit Case(const EditScript &editScript)
+    explicit Case(EditScript editScript)
         : folder(environment().folder())
-        , script(editScript)
+        , script(std::move(editScript))
         , files(editedSample(databaseName, script, folder))
     {
     }

@@ -287,7 +287,8 @@ LogisticFitter::LogisticFitter(VectorXd pointLnX, VectorXd pointY,
 {
     for (const double value : thinned(distinctLnX)) {
         const double place = (value - middle) / width;
-        if (distinct.empty() || place > distinct.back()) // beside a distant one two may become alike
+        if (distinct.empty()
+            || place > distinct.back()) // beside a distant one two may become alike
             distinct.push_back(place);
     }
 }
