@@ -181,7 +181,7 @@ void TestRehearse::recordsTheProgramThatRan()
 
     const QJsonObject record = laboratory->facts()["record"].toObject();
     const QString program = record["program"].toString();
-    QCOMPARE(QFileInfo(program).path(), QFileInfo(VARDO_REPORT).path());
+    QCOMPARE(QFileInfo(program).absolutePath(), QFileInfo(VARDO_REPORT).absolutePath());
     QCOMPARE(QFileInfo(program).completeBaseName(), "vardo");
     QCOMPARE(
         record["programSha256"],
