@@ -4,6 +4,7 @@
 #include "expectedsteps.h"
 #include "olddatabases.h"
 #include "otherprogram.h"
+#include "platform.h"
 #include "today.h"
 #include "toolrun.h"
 
@@ -598,6 +599,9 @@ void TestConcurrency::upgradesOnceInSeveralRuns()
 /// Shows: LOG-6
 void TestConcurrency::writesWholeLinesInALogOfTwoRuns()
 {
+    if (!appendsInOneStep())
+        QSKIP(
+            "Wine appends in two steps: lines that are written at the same moment are NOT tested");
     large->copyTo(folder->path(), "delete");
 
     Run one(folder->path());

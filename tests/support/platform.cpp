@@ -5,10 +5,16 @@
 #include <QRegularExpression>
 
 #ifdef Q_OS_WIN
+#include <qt_windows.h>
 
 QByteArray lineEnd()
 {
     return "\r\n";
+}
+
+bool appendsInOneStep()
+{
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") == nullptr;
 }
 
 bool canBeFileName(const QString &name)
@@ -32,6 +38,11 @@ QString usableLocale()
 QByteArray lineEnd()
 {
     return "\n";
+}
+
+bool appendsInOneStep()
+{
+    return true;
 }
 
 bool canBeFileName(const QString & /*name*/)

@@ -12,6 +12,10 @@ QByteArray lineEnd();
 /// \return a text of the tool, with "\n" in place of the system's own line ends
 QByteArray withPlainLineEnds(QByteArray text);
 
+/// \return true if what a process appends to a file never overwrites what another one appends at the same moment;
+///         false under Wine, which looks for the end of the file first and then writes there
+bool appendsInOneStep();
+
 /// \return false for a name that Windows gives no file, on Windows: it holds a reserved character, or a
 ///         blank or a dot stands at its end
 bool canBeFileName(const QString &name);

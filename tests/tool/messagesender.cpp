@@ -2,13 +2,15 @@
 /// messagesender LOGFILE [MESSAGE …]: opens the log as the tool does and sends the messages named
 /// "debug", "info", "warning", "critical", "fatal" and "unknown" (of no known type), each with the
 /// text "<name>: 凝血"; "context" sends a warning with source context, "flush" hands the log over to the
-/// system, "close" closes it, and "vanish" ends the process without an orderly exit.
+/// system, "close" closes it, "wait" waits for the end of standard input, and "vanish" ends the process
+/// without an orderly exit.
 
 #include "coagulation/vardo/consolelog.h"
 
 #include <QCoreApplication>
 #include <QDebug>
 
+#include <cstdio>
 #include <cstdlib>
 
 #ifdef Q_OS_WIN
@@ -54,6 +56,8 @@ void send(const QString &name)
         coagulation::flushLog();
     else if (name == "close")
         coagulation::closeLog();
+    else if (name == "wait")
+        while (std::getchar() != EOF) { }
     else if (name == "vanish")
         vanish();
 }

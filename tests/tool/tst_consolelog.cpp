@@ -44,6 +44,7 @@ private slots:
     void writesAFatalMessageBeforeTheAbort();
     void writesNothingAfterAFatalMessage();
     void appendsToAnExistingLog();
+    void appendsToWhatAnotherProcessWroteMeanwhile();
     void tearsNoLineOfAnotherProcess();
     void givesMessagesBackToQtWhenClosed();
     void flushesWhenClosed();
@@ -200,8 +201,23 @@ void TestConsoleLog::appendsToAnExistingLog()
 }
 
 /// Shows: LOG-6
+void TestConsoleLog::appendsToWhatAnotherProcessWroteMeanwhile()
+{
+    const auto waiting = start({"log.txt", "debug", "flush", "wait", "debug"});
+    QTRY_COMPARE(read("log.txt"), debugLine);
+    send({"log.txt", "warning"});
+    waiting->closeWriteChannel();
+    QVERIFY(waiting->waitForFinished());
+
+    QCOMPARE(read("log.txt"), debugLine + warningLine + debugLine);
+}
+
+/// Shows: LOG-6
 void TestConsoleLog::tearsNoLineOfAnotherProcess()
 {
+    if (!appendsInOneStep())
+        QSKIP(
+            "Wine appends in two steps: lines that are written at the same moment are NOT tested");
     constexpr int count = 500;
     QStringList debugs{"log.txt"};
     QStringList warnings{"log.txt"};

@@ -245,8 +245,6 @@ private slots:
     void upgradesAfterARunWasKilled();
     void upgradesOnceInSeveralRuns_data();
     void upgradesOnceInSeveralRuns();
-    void writesWholeLinesInALogOfSeveralRuns_data();
-    void writesWholeLinesInALogOfSeveralRuns();
     void keepsTheOldContentWhenTheDiskIsFull_data();
     void keepsTheOldContentWhenTheDiskIsFull();
     void leavesTheFileAsItWasWithoutTheRightToWrite_data();
@@ -437,7 +435,8 @@ void TestWindowsDisturbed::upgradesAfterARunWasKilled()
         const QStringList lines = killed.lines();
         QCOMPARE(lines, databases.firstLog.mid(0, lines.size()));
         FolderFiles left = filesIn(root());
-        if (left.contains("data.db-journal") || left.contains("data.db-wal"))
+        // An empty log is there as soon as the file is open, before the line.
+        if (left.contains("data.db-journal") || !left.value("data.db-wal").isEmpty())
             QVERIFY(lines.contains("Debug: Updating data.db"));
         unfinished += left.size() > names.size() + 1 ? 1 : 0;
         left.removeIf([](const auto &file) { return file.key().endsWith("-shm"); });
@@ -504,33 +503,6 @@ void TestWindowsDisturbed::upgradesOnceInSeveralRuns()
     QCOMPARE(upgrades, QList<int>({1, 1, 1, 1}));
     QCOMPARE(databaseFilesIn(root()), databaseFiles);
     QCOMPARE(contentsOf(root()), large->newContents);
-}
-
-void TestWindowsDisturbed::writesWholeLinesInALogOfSeveralRuns_data()
-{
-    upgradesOnceInSeveralRuns_data();
-}
-
-void TestWindowsDisturbed::writesWholeLinesInALogOfSeveralRuns()
-{
-    QFETCH(QList<System>, systems);
-    setFilesIn(root(), small->files);
-
-    std::vector<std::unique_ptr<Run>> runs;
-    for (const System system : systems)
-        runs.push_back(std::make_unique<Run>(system, root()));
-    int exitCodes = 0;
-    for (const auto &run : runs)
-        exitCodes += run->exitCode();
-
-    QCOMPARE(exitCodes, 0);
-    QStringList lines = runs.front()->lines();
-    QStringList expected = small->firstLog;
-    for (std::size_t i = 1; i < runs.size(); ++i)
-        expected += small->secondLog;
-    expected.sort();
-    lines.sort();
-    QCOMPARE(lines, expected);
 }
 
 void TestWindowsDisturbed::keepsTheOldContentWhenTheDiskIsFull_data()
