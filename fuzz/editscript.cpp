@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "editscript.h"
 
-#include "requirement.h"
+#include "require.h"
 
 #include "olddatabases.h"
 #include "plainsqlite.h"

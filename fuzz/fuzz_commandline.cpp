@@ -5,7 +5,7 @@
 
 #include "editscript.h"
 #include "inputbytes.h"
-#include "requirement.h"
+#include "require.h"
 #include "scratchfolder.h"
 
 #include "plainsqlite.h"

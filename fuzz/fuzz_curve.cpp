@@ -4,7 +4,7 @@
 
 #include "inputbytes.h"
 #include "inputreader.h"
-#include "requirement.h"
+#include "require.h"
 
 #include "coagulation/zucore/standardcurve.h"
 

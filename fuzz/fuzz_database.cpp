@@ -5,7 +5,7 @@
 #include "editmutator.h"
 #include "editscript.h"
 #include "inputbytes.h"
-#include "requirement.h"
+#include "require.h"
 #include "scratchfolder.h"
 
 #include "expectedsteps.h"
@@ -107,6 +107,17 @@ private:
             == newestVersionOf(databaseName);
     }
 
+    /// A column of another name, or a trigger, may keep the version from being found: the run passes all the same.
+    static bool canStoreVersion(const Sqlite &before)
+    {
+        return before
+                   .column("select name from sqlite_master"
+                           " where type = 'trigger' and lower(tbl_name) = 'version'")
+                   .isEmpty()
+            && (!before.tables().contains("version")
+                || before.run("select version from version") == SQLITE_OK);
+    }
+
     void judgeUpgrade() const
     {
         const Sqlite before(settled);
@@ -114,7 +125,8 @@ private:
         // a file at the newest version is not checked, and keeps its damage
         if (isNewest(before))
             return;
-        require(isNewest(after), "the next run finds the newest version");
+        require(isNewest(after) || !canStoreVersion(before),
+                "the next run finds the newest version");
         const QByteArrayList known = before.findings();
         for (const QByteArray &finding : after.findings())
             require(finding == "ok" || known.contains(finding),

@@ -4,7 +4,7 @@
 
 #include "inputbytes.h"
 #include "inputreport.h"
-#include "requirement.h"
+#include "require.h"
 
 #include "coagulation/report/json.h"
 #include "coagulation/report/page.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "scratchfolder.h"
 
-#include "requirement.h"
+#include "require.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -363,7 +363,8 @@ QList<Attention> warningsOf(const QList<LogLine> &log, const QList<qsizetype> &n
     return warnings;
 }
 
-/// Leaves the first sentences of each kind, and says how many more there are. Of failures, curves and calibrations each counts.
+/// Leaves the first sentences of each kind, and says how many more there are. Of failures, curves and calibrations
+/// each counts.
 QList<Attention> shortened(const QList<Attention> &all)
 {
     QList<Attention> kept;

@@ -140,18 +140,17 @@ UpdateBase::UpdateBase(const QString &path, QObject *parent)
             qWarning("Can't open %s: %s", qUtf8Printable(path), qUtf8Printable(error.text()));
         return;
     }
-    version = storedVersion();
+    readVersion();
 }
 
-int UpdateBase::storedVersion()
+void UpdateBase::readVersion()
 {
     QSqlQuery query;
     query.setForwardOnly(true);
     const bool read = execute(query, "select version from version order by version desc");
-    const int stored = read && query.next() ? query.value(0).toInt() : 0;
+    version = read && query.next() ? query.value(0).toInt() : 0;
     if (!read)
         logFailedCheck(query, SOURCE_LINE);
-    return stored;
 }
 
 bool UpdateBase::run()
@@ -163,7 +162,7 @@ bool UpdateBase::run()
         return false;
 
     // Another run may have upgraded the file meanwhile, or a lock may have hidden its version.
-    version = storedVersion();
+    readVersion();
     if (!verifyTransaction())
         return false;
 
@@ -523,16 +522,7 @@ bool UpdateBase::updateOrInsert(const QString &updateSql, const QString &insertS
 bool UpdateBase::setVersion(int newVersion)
 {
     tryAll({SQL("delete from version")});
-    if (!execAll({SQL(QString("insert into version values(%1)").arg(newVersion))}))
-        return false;
-    // A trigger may have made something else of it, or an old row may be left that counts more. The next run
-    // would take the database for an old one, and fail.
-    const bool isStored = storedVersion() == newVersion;
-    if (!verifyTransaction())
-        return false;
-    if (!isStored)
-        qWarning("The version %d was not stored: %s", newVersion, qUtf8Printable(filePath));
-    return isStored;
+    return execAll({SQL(QString("insert into version values(%1)").arg(newVersion))});
 }
 
 } // namespace coagulation

@@ -144,7 +144,6 @@ protected:
                                       const char *sourceFile, int line);
 
     /// Stores a version as the only row of the table `version`, which must exist.
-    /// \return false if the next run would not find it
     [[nodiscard]] bool setVersion(int newVersion);
 
     /// The version stored in the file before the run, 0 when there is none; the same for all steps.
@@ -157,10 +156,7 @@ private:
     enum class Moment { BeforeSteps, AfterSteps };
 
     [[nodiscard]] bool beginTransaction();
-
-    /// \return 0 if there is none
-    [[nodiscard]] int storedVersion();
-
+    void readVersion();
     /// Logs the damage if there is any.
     /// \return false when the file has to stay as it is
     [[nodiscard]] bool passesDamageCheck(Moment moment);

@@ -74,6 +74,7 @@ private slots:
     void keepsTimesBelowVersion3Only();
     void changesNothingElse();
     void acceptsAVersionTableWithoutAVersion();
+    void upgradesThoughTheColumnOfTheVersionHasAnotherName();
     void failsWithoutAssays();
     void failsWhenMaintenanceRecordsExist_data();
     void failsWhenMaintenanceRecordsExist();
@@ -173,6 +174,22 @@ void TestSyslog::acceptsAVersionTableWithoutAVersion()
                           "[ \"create table version(version integer)\" ]",
                           "Debug: update_v1() : PASS"}));
     QCOMPARE(database.table("version"), QStringList{newestVersion});
+}
+
+void TestSyslog::upgradesThoughTheColumnOfTheVersionHasAnotherName()
+{
+    const TestDatabase database("syslog.db");
+    database.execute(
+        oldAssays
+        + QStringList{"create table version(v integer)", "insert into version values(1)"});
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY(upgraded);
+    QCOMPARE(recorder.messages().filter("Warning: ").size(), 1); // the table is there already
+    QCOMPARE(database.table("version"), QStringList{newestVersion});
+    QCOMPARE(database.table("assay"), wholeSecondAssays);
 }
 
 void TestSyslog::failsWithoutAssays()

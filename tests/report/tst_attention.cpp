@@ -111,7 +111,7 @@ void TestAttention::tellsWhatDatabasesHave_data()
     const QString valid = "insert into curve values(1, 'DD', '2020-01-01', 1)";
     const QString calibration =
         "create table assayCalibration(id integer primary key, name, method)";
-    QTest::newRow("another method, of no overwritten one")
+    QTest::newRow("another method")
         << "profile"
         << QStringList{curve, valid, calibration,
                        "insert into assayCalibration values(1, 'DD', null)"}

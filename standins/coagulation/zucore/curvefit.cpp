@@ -285,10 +285,10 @@ LogisticFitter::LogisticFitter(VectorXd pointLnX, VectorXd pointY,
     , width(distinctLnX.back() - distinctLnX.front())
     , problem((lnX.array() - middle) / width, y)
 {
+    // Beside a distant one two may become alike.
     for (const double value : thinned(distinctLnX)) {
         const double place = (value - middle) / width;
-        if (distinct.empty()
-            || place > distinct.back()) // beside a distant one two may become alike
+        if (distinct.empty() || place > distinct.back())
             distinct.push_back(place);
     }
 }
