@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// An edited sample through the updater of its database: it ends, with the file as it was or upgraded and as
-/// sound as before. The database is the one that DATABASE names.
+/// sound as before, and both can be compared. The database is the one that DATABASE names.
 
+#include "checkcomparison.h"
 #include "editmutator.h"
 #include "editscript.h"
 #include "inputbytes.h"
@@ -70,10 +71,12 @@ public:
         files.writeTo(settled);
         settle();
         const bool upgraded = upgrade();
-        if (upgraded)
-            judgeUpgrade();
-        else
+        if (!upgraded) {
             judgeRefusal();
+            return;
+        }
+        judgeUpgrade();
+        checkComparison(databaseName, settled, tried);
     }
 
 private:
