@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "coagulation/vardo/damagecheck.h"
 
+#include "coagulation/vardo/connection.h"
 #include "coagulation/vardo/execute.h"
 #include "coagulation/vardo/sourceline.h"
 
@@ -74,7 +75,9 @@ DamageReport checkForDamage(const QSqlDatabase &connection)
 {
     DamageReport report;
     checkFile(connection, report);
-    if (report.damage.isEmpty() && !report.failure)
+    // also if the check fails for want of a collation or function that the steps do not need
+    if (report.damage.isEmpty()
+        && !(report.failure && isEnvironmentError(report.failure->query.lastError())))
         checkSchema(connection, report);
     return report;
 }

@@ -11,6 +11,7 @@
 
 #include <QCoreApplication>
 
+#include <csignal>
 #include <cstdio>
 
 #ifdef Q_OS_WIN
@@ -43,6 +44,10 @@ int main(int argc, char *argv[])
 #ifdef Q_OS_WIN
     // A missing disk or a crash is an error: in an unattended run nobody answers a dialog.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+#else
+    // Whether nobody reads the log any more or a file may not grow: what cannot be written does not end the process.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 #endif
     coagulation::shieldLogFromEnvironment();
     const QCoreApplication application(argc, argv);

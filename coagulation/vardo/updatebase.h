@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <optional>
 
 class QDebug;
 class QSqlError;
@@ -131,13 +132,14 @@ protected:
     /// \param copied the columns that have been copied elsewhere, upper or lower case
     void reportLeftValues(const QString &table, const QStringList &copied);
 
-    /// \return how many rows a table has; 0 for a view and for a table that is missing
-    [[nodiscard]] qint64 countRows(const QString &table);
+    /// \return how many rows a table has; 0 for a view and for a table that is missing; none if the table is there
+    ///         and cannot be read
+    [[nodiscard]] std::optional<qint64> countRows(const QString &table);
 
     /// Warns that a table's rows could not be moved, and keeps them: gives the table the name
     /// `<table>_unmoved`, or `<table>_unmoved2` and so on if the schema has that name.
-    /// \param rows how many it has
-    [[nodiscard]] bool keepUnmoved(const QString &table, qint64 rows);
+    /// \param rows how many it has; none if nobody knows
+    [[nodiscard]] bool keepUnmoved(const QString &table, std::optional<qint64> rows);
 
     /// Runs the update, and the insert if the update changed no row.
     [[nodiscard]] bool updateOrInsert(const QString &updateSql, const QString &insertSql,

@@ -26,11 +26,11 @@ void UpdateBase::reportLeftValues(const QString &table, const QStringList &copie
             logSqlError(query, SOURCE_LINE);
         else if (const qint64 values = query.value(0).toLongLong(); values > 0)
             qWarning("Left %lld values of %s.%s behind", values, qUtf8Printable(table),
-                     qUtf8Printable(column));
+                     qUtf8Printable(column.simplified())); // one line, whatever the name holds
     }
 }
 
-qint64 UpdateBase::countRows(const QString &table)
+std::optional<qint64> UpdateBase::countRows(const QString &table)
 {
     if (!typesOf(table).contains("table"))
         return 0;
@@ -38,10 +38,10 @@ qint64 UpdateBase::countRows(const QString &table)
     if (execute(query, QString("select count(*) from %1").arg(table)) && query.next())
         return query.value(0).toLongLong();
     logSqlError(query, SOURCE_LINE);
-    return 0;
+    return std::nullopt;
 }
 
-bool UpdateBase::keepUnmoved(const QString &table, qint64 rows)
+bool UpdateBase::keepUnmoved(const QString &table, std::optional<qint64> rows)
 {
     const QString plainName = table + "_unmoved";
     QString name = plainName;
@@ -49,7 +49,9 @@ bool UpdateBase::keepUnmoved(const QString &table, qint64 rows)
         name = plainName + QString::number(number);
     if (!verifyTransaction())
         return false;
-    qWarning("Kept %lld rows of %s in %s", rows, qUtf8Printable(table), qUtf8Printable(name));
+    const QString what = rows ? QString("%1 rows").arg(*rows) : "the rows";
+    qWarning("Kept %s of %s in %s", qUtf8Printable(what), qUtf8Printable(table),
+             qUtf8Printable(name));
     return renameTable(table, name);
 }
 

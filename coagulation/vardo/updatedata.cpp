@@ -196,8 +196,12 @@ bool UpdateData::tryMove(const Statement &insert, const QString &from, const QSt
 {
     if (isNew)
         return tryAll({insert});
-    const qint64 before = countRows(to);
-    return tryAll({insert}) && countRows(to) - before == countRows(from);
+    const std::optional<qint64> before = countRows(to);
+    if (!tryAll({insert}))
+        return false;
+    const std::optional<qint64> after = countRows(to);
+    const std::optional<qint64> expected = countRows(from);
+    return before && after && expected && *after - *before == *expected;
 }
 
 /// Drops a table whose rows have been copied, or keeps it under another name if some have not.
@@ -210,7 +214,7 @@ bool UpdateData::dropOrKeep(const Statement &drop, const QString &table, bool ar
 {
     if (arrived)
         reportLeftValues(table, copied);
-    else if (const qint64 rows = countRows(table); rows > 0)
+    else if (const std::optional<qint64> rows = countRows(table); rows != 0) // or nobody knows
         return keepUnmoved(table, rows);
     tryAll({drop});
     return true;

@@ -48,6 +48,8 @@ private slots:
     void keepsWhatTheTableHasBesidesItsRows();
     void takesANameThatIsFree_data();
     void takesANameThatIsFree();
+    void keepsATableWhoseRowsCannotBeCounted_data();
+    void keepsATableWhoseRowsCannotBeCounted();
     void failsWhenTheTableCannotBeRenamed();
     void dropsAnEmptyTable_data();
     void dropsAnEmptyTable();
@@ -276,6 +278,41 @@ void TestDataUnmoved::takesANameThatIsFree()
     QCOMPARE(database.table(name), before);
 }
 
+void TestDataUnmoved::keepsATableWhoseRowsCannotBeCounted_data()
+{
+    QTest::addColumn<QString>("table");
+
+    for (const char *table : {"result", "curve", "detail"})
+        QTest::newRow(table) << table;
+}
+
+/// The keys have an order that only the program knows that made the table.
+/// Shows: DAT-6
+void TestDataUnmoved::keepsATableWhoseRowsCannotBeCounted()
+{
+    QFETCH(QString, table);
+    const TestDatabase database("data.db");
+    makeChanged(database, 2,
+                {"drop table " + table,
+                 "create table " + table + "(id integer, item text primary key) without rowid",
+                 "insert into " + table + " values(7, 'PT'), (8, 'TT')"});
+    const QStringList rows = database.table(table);
+    const QString change =
+        "update sqlite_master set sql = replace(sql, '%1', '%2') where name = '%3'";
+    database.execute({"pragma writable_schema=on",
+                      change.arg("item text", "item text collate elsewhere", table)});
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
+    const QString kept = table + "_unmoved";
+    QCOMPARE(warningsOf(recorder).constLast(),
+             "Warning: Kept the rows of " + table + " in " + kept);
+    database.execute({"pragma writable_schema=on", change.arg(" collate elsewhere", "", kept)});
+    QCOMPARE(database.table(kept), rows);
+}
+
 void TestDataUnmoved::failsWhenTheTableCannotBeRenamed()
 {
     // SQLite does not rename a table whose own constraint names it
@@ -412,6 +449,11 @@ void TestDataUnmoved::reportsValuesThatAreLeftBehind_data()
                           R"(update detail set "the ""channel"".no" = 5)"}
                             << QStringList{
                                    "Warning: Left 2 values of detail.the \"channel\".no behind"};
+    QTest::newRow("a name of two lines")
+        << 2
+        << QStringList{"alter table curve add \"two\nlines\"",
+                       "update curve set \"two\nlines\" = 0 where id = 1"}
+        << QStringList{"Warning: Left 1 values of curve.two lines behind"};
     QTest::newRow("all") << 2
                          << detailsOfPatients
             + QStringList{"alter table result add extra",  "update result set extra = 1",

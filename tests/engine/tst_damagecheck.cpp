@@ -107,6 +107,7 @@ private slots:
     void takesAFindingAboutAValueForNoDamage();
     void takesAFailingCheckForNoDamage_data();
     void takesAFailingCheckForNoDamage();
+    void findsAMisspeltEntryThoughTheCheckFails();
     void checksNothingWhenEveryStepIsSkipped();
     void saysNothingOfASoundFile();
 };
@@ -404,6 +405,23 @@ void TestDamageCheck::takesAFailingCheckForNoDamage()
     QVERIFY(outcome.upgraded);
     QVERIFY(outcome.stepRan);
     QCOMPARE(outcome.messages.filter("Warning"), QStringList());
+}
+
+void TestDamageCheck::findsAMisspeltEntryThoughTheCheckFails()
+{
+    const TestDatabase database;
+    database.execute(
+        QStringList{versionTable, "create table early(a)", "create index odd on early(a)"}
+        + redefine("update sqlite_master set sql = 'CREATE INDEX odd ON early(a collate elsewhere)'"
+                   " where name = 'odd'")
+        + redefine("update sqlite_master set type = 'tAble' where name = 'early'"));
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(outcome.messages.constLast().contains("misspelt entry of the schema: tAble early"));
+    QCOMPARE(database.bytes(), before);
 }
 
 /// Shows: ENG-7
