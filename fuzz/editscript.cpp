@@ -204,6 +204,13 @@ void DatabaseFiles::writeTo(const QString &path) const
     QFile::remove(path + "-shm");
 }
 
+void DatabaseFiles::settleAt(const QString &path) const
+{
+    writeTo(path);
+    if (hasLeftover())
+        Sqlite(path).run("select count(*) from sqlite_master");
+}
+
 DatabaseFiles DatabaseFiles::readFrom(const QString &path)
 {
     return {fileBytes(path), readIfThere(path + "-journal"), readIfThere(path + "-wal")};

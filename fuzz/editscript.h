@@ -38,6 +38,9 @@ struct DatabaseFiles {
     /// \return the files of a database that nobody has open, or whose program is to die now
     static DatabaseFiles readFrom(const QString &path);
 
+    /// Writes them, and lets SQLite itself roll back or move what a crashed program left.
+    void settleAt(const QString &path) const;
+
     bool hasLeftover() const { return !journal.isNull() || !log.isNull(); }
 };
 

@@ -1,65 +1,31 @@
 // SPDX-License-Identifier: MIT
 /// An edited sample through the updater of its database: it ends, with the file as it was or upgraded and as
-/// sound as before, and both can be compared. The database is the one that DATABASE names.
+/// sound as before. The database is the one that DATABASE names.
 
-#include "checkcomparison.h"
 #include "editmutator.h"
 #include "editscript.h"
 #include "inputbytes.h"
 #include "require.h"
-#include "scratchfolder.h"
+#include "workfolder.h"
 
 #include "expectedsteps.h"
 #include "plainsqlite.h"
-#include "upgrade.h"
 
-#include <QCoreApplication>
 #include <QMap>
-#include <QSqlDatabase>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <string>
 #include <utility>
 
 namespace {
 
 const QString databaseName = DATABASE;
 
-/// What the target needs as long as the program runs.
-class Environment {
-public:
-    Environment() { qInstallMessageHandler(ignore); }
-
-    /// \return a folder that holds nothing but earlier databases
-    QString folder() const { return scratch.path(); }
-
-private:
-    static void ignore(QtMsgType type, const QMessageLogContext &, const QString &message)
-    {
-        require(type != QtFatalMsg, message);
-    }
-
-    int argumentCount = 1;
-    std::string program = "fuzz_database";
-    std::array<char *, 2> arguments{program.data(), nullptr};
-    // Never destroyed: at the end of a program Qt's own static objects may be gone before it.
-    QCoreApplication *application = new QCoreApplication(argumentCount, arguments.data());
-    ScratchFolder scratch;
-};
-
-const Environment &environment()
-{
-    static const Environment environment;
-    return environment;
-}
-
 /// One edited sample and its upgrade.
 class Case {
 public:
     explicit Case(EditScript editScript)
-        : folder(environment().folder())
+        : folder(workFolder())
         , script(std::move(editScript))
         , files(editedSample(databaseName, script, folder))
     {
@@ -68,33 +34,15 @@ public:
     void run() const
     {
         files.writeTo(tried);
-        files.writeTo(settled);
-        settle();
-        const bool upgraded = upgrade();
-        if (!upgraded) {
+        files.settleAt(settled);
+        const bool upgraded = upgradedIn(folder, databaseName);
+        if (upgraded)
+            judgeUpgrade();
+        else
             judgeRefusal();
-            return;
-        }
-        judgeUpgrade();
-        checkComparison(databaseName, settled, tried);
     }
 
 private:
-    /// Lets SQLite itself roll back or move what a crashed program left.
-    void settle() const
-    {
-        if (files.hasLeftover())
-            Sqlite(settled).run("select count(*) from sqlite_master");
-    }
-
-    bool upgrade() const
-    {
-        const bool upgraded = upgradeIn(folder, databaseName);
-        // as the end of the tool would close it
-        QSqlDatabase::removeDatabase(QSqlDatabase::defaultConnection);
-        return upgraded;
-    }
-
     void judgeRefusal() const
     {
         const DatabaseFiles expected = DatabaseFiles::readFrom(settled);
@@ -189,7 +137,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
     const QByteArray text = inputBytes(data, size);
-    environment(); // before the first sample is made
+    workFolder(); // before the first sample is made
     Case(EditScript::read(text, newestVersionOf(databaseName))).run();
     return 0;
 }
@@ -197,7 +145,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 extern "C" std::size_t LLVMFuzzerCustomMutator(quint8 *data, std::size_t size, std::size_t most,
                                                unsigned int seed)
 {
-    environment();
+    workFolder();
     const QByteArray text = inputBytes(data, size);
     const QByteArray mutated = mutatedScript(databaseName, text, qsizetype(most), seed);
     std::memcpy(data, mutated.constData(), std::size_t(mutated.size()));
