@@ -69,6 +69,16 @@ void checkSchema(const QSqlDatabase &connection, DamageReport &report)
         report.damage = "misspelt entry of the schema: " + entries.value(0).toString();
 }
 
+void lookForQuotingIndex(const QSqlDatabase &connection, DamageReport &report)
+{
+    QSqlQuery indexes(connection);
+    indexes.setForwardOnly(true);
+    if (!execute(indexes, "select 1 from sqlite_master where type = 'index' and instr(sql, '\"')"))
+        report.failure = DamageReport::Failure{std::move(indexes), SOURCE_LINE};
+    else
+        report.hasQuotingIndex = indexes.next();
+}
+
 } // namespace
 
 DamageReport checkForDamage(const QSqlDatabase &connection)
@@ -79,6 +89,8 @@ DamageReport checkForDamage(const QSqlDatabase &connection)
     if (report.damage.isEmpty()
         && !(report.failure && isEnvironmentError(report.failure->query.lastError())))
         checkSchema(connection, report);
+    if (report.damage.isEmpty() && !report.failure)
+        lookForQuotingIndex(connection, report);
     return report;
 }
 

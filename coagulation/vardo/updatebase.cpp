@@ -244,8 +244,9 @@ bool UpdateBase::upgrade()
             return false;
     }
 
-    // If a step changed a value that is not of its column's type, an index may still hold the old one.
-    if (hasOddValues && !passesDamageCheck(Moment::AfterSteps))
+    // If a step changed a value that is not of its column's type, an index may still hold the old one. So may an index
+    // on a quoted text that has become the name of a column.
+    if (checkAfterSteps && !passesDamageCheck(Moment::AfterSteps))
         return false;
 
     // also when every step was skipped: a version above the newest step is lowered to it
@@ -261,7 +262,7 @@ bool UpdateBase::upgrade()
 bool UpdateBase::passesDamageCheck(Moment moment)
 {
     const DamageReport report = checkForDamage(connection());
-    hasOddValues = hasOddValues || report.hasOddValues;
+    checkAfterSteps = checkAfterSteps || report.hasOddValues || report.hasQuotingIndex;
     if (!report.damage.isEmpty()) {
         reportDamage(report.damage, moment);
         return false;

@@ -191,10 +191,10 @@ private:
                                         const QSqlRecord &defaults, const QStringList &excluded,
                                         const std::function<void(QSqlRecord &)> &adjust);
 
-    QString filePath;          ///< absolute
-    int versionToRecord = 0;   ///< recorded instead of the highest step number when above 0
-    bool skipped = false;      ///< the file does not exist
-    bool hasOddValues = false; ///< the check found values that are not of their columns' types
+    QString filePath;             ///< absolute
+    int versionToRecord = 0;      ///< recorded instead of the highest step number when above 0
+    bool skipped = false;         ///< the file does not exist
+    bool checkAfterSteps = false; ///< the check found what a step may turn into damage
     Transaction transaction = Transaction::None;
 };
 

@@ -17,6 +17,14 @@ void addCollation(void *, sqlite3 *database, int, const char *name)
         });
 }
 
+/// \return the first value of a row in UTF-8, whatever the database's encoding is
+QByteArray firstText(sqlite3_stmt *row)
+{
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): SQLite's letters are unsigned
+    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(row, 0));
+    return {text, sqlite3_column_bytes(row, 0)};
+}
+
 } // namespace
 
 QByteArray literal(sqlite3_stmt *row, int column)
@@ -66,10 +74,7 @@ int Sqlite::run(const QByteArray &sql, const std::function<void(sqlite3_stmt *)>
 QByteArrayList Sqlite::column(const QByteArray &sql) const
 {
     QByteArrayList values;
-    run(sql, [&values](sqlite3_stmt *row) {
-        const auto *data = static_cast<const char *>(sqlite3_column_blob(row, 0));
-        values << QByteArray(data, sqlite3_column_bytes(row, 0));
-    });
+    run(sql, [&values](sqlite3_stmt *row) { values << firstText(row); });
     return values;
 }
 
@@ -102,9 +107,7 @@ QByteArrayList Sqlite::findings() const
 {
     QByteArrayList findings;
     const int code = run("pragma integrity_check(2147483647)", [&](sqlite3_stmt *row) {
-        const auto *text = static_cast<const char *>(sqlite3_column_blob(row, 0));
-        // one row may hold several findings, a line each
-        findings << QByteArray(text, sqlite3_column_bytes(row, 0)).split('\n');
+        findings << firstText(row).split('\n'); // one row may hold several, a line each
     });
     if (code != SQLITE_OK)
         findings << "check fails: " + QByteArray::number(code);

@@ -99,6 +99,8 @@ private slots:
     void takesAnyNameForSound();
     void refusesAVersionThatDamageMadeTooHigh();
     void checksAgainWhatAStepMadeOfOddValues();
+    void checksAgainWhatAStepMadeOfAQuotingIndex();
+    void takesAQuotingIndexForNoDamage();
     void logsAFindingInOneLine();
     void reportsTheAbsolutePath();
     void findsDamageBehindFindingsAboutValues_data();
@@ -292,6 +294,37 @@ void TestDamageCheck::checksAgainWhatAStepMadeOfOddValues()
              "Warning: The upgrade would damage " + database.path()
                  + ": row 1 missing from index early_index");
     QCOMPARE(database.bytes(), before);
+}
+
+/// SQLite takes a quoted name for a text while no column has it.
+/// Shows: ENG-8
+void TestDamageCheck::checksAgainWhatAStepMadeOfAQuotingIndex()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table early(a)", "insert into early values(1)",
+                      R"(create index odd on early("later" collate nocase))"});
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database, "alter table early add later");
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(outcome.stepRan);
+    QCOMPARE(outcome.messages.constLast(),
+             "Warning: The upgrade would damage " + database.path()
+                 + ": row 1 missing from index odd");
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::takesAQuotingIndexForNoDamage()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table early(a)", "insert into early values(1)",
+                      R"(create index odd on "early"("a"))"});
+
+    const Outcome outcome = upgrade(database, "alter table early add later");
+
+    QVERIFY(outcome.upgraded);
+    QCOMPARE(outcome.messages.filter("Warning"), QStringList());
 }
 
 void TestDamageCheck::logsAFindingInOneLine()
