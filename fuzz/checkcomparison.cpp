@@ -18,11 +18,6 @@ using namespace coagulation::report;
 
 namespace {
 
-qint64 countRows(const Sqlite &database, const QByteArray &name)
-{
-    return database.column("select count(*) from " + quotedName(name)).value(0).toLongLong();
-}
-
 QByteArrayList columns(const Sqlite &database, const QByteArray &table)
 {
     return database.column("select name from pragma_table_xinfo(" + quotedName(table) + ")");
@@ -40,8 +35,8 @@ void checkTable(const TableFacts &table, const Sqlite &before, const Sqlite &aft
     const QByteArray name = table.name.toUtf8();
     if (!table.problem.isEmpty() || !table.rowsBefore || !table.rowsAfter)
         return;
-    require(*table.rowsBefore == countRows(before, name), "so many rows were in " + table.name);
-    require(*table.rowsAfter == countRows(after, name), "so many rows are in " + table.name);
+    require(*table.rowsBefore == before.countRows(name), "so many rows were in " + table.name);
+    require(*table.rowsAfter == after.countRows(name), "so many rows are in " + table.name);
     if (table.viewAfter) // may show a row twice
         return;
     require(*table.rowsBefore - table.removed + table.added == *table.rowsAfter,

@@ -7,6 +7,7 @@
 #include "inputbytes.h"
 #include "require.h"
 #include "scratchfolder.h"
+#include "upgrading.h"
 
 #include "plainsqlite.h"
 #include "testfiles.h"
@@ -19,16 +20,13 @@
 #include "coagulation/vardo/updateqc.h"
 #include "coagulation/vardo/updatesyslog.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QSqlDatabase>
 
 #include <algorithm>
-#include <array>
 #include <optional>
-#include <string>
 #include <utility>
 
 using namespace coagulation;
@@ -36,22 +34,6 @@ using namespace coagulation;
 namespace {
 
 constexpr qsizetype mostArguments = 12;
-
-void ignoreMessage(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message)
-{
-    require(type != QtFatalMsg, message);
-}
-
-/// Lets Qt find its driver.
-void makeApplication()
-{
-    static std::string program = "fuzz_commandline";
-    static std::array<char *, 2> arguments{program.data(), nullptr};
-    static int count = 1;
-    // Never destroyed: at the end of a program Qt's own static objects may be gone before it.
-    static const auto *application = new QCoreApplication(count, arguments.data());
-    Q_UNUSED(application)
-}
 
 QStringList argumentsOf(const QByteArray &input)
 {
@@ -231,8 +213,7 @@ void checkExitCode(const CommandLine &command)
 // NOLINTNEXTLINE(readability-identifier-naming)
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
-    makeApplication();
-    qInstallMessageHandler(ignoreMessage);
+    prepareProcess();
     const QStringList arguments = argumentsOf(inputBytes(data, size));
 
     checkReportsCommandLine(arguments);

@@ -6,7 +6,7 @@
 #include "editmutator.h"
 #include "editscript.h"
 #include "inputbytes.h"
-#include "workfolder.h"
+#include "upgrading.h"
 
 #include "expectedsteps.h"
 
@@ -28,6 +28,7 @@ QString databaseOf(const QByteArray &script)
 // NOLINTBEGIN(readability-identifier-naming)
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
+    prepareProcess(); // before the first sample is made
     const QByteArray text = inputBytes(data, size);
     const QString name = databaseOf(text);
     const QString folder = workFolder();
@@ -46,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 extern "C" std::size_t LLVMFuzzerCustomMutator(quint8 *data, std::size_t size, std::size_t most,
                                                unsigned int seed)
 {
-    workFolder();
+    prepareProcess();
     const QByteArray text = inputBytes(data, size);
     const QByteArray mutated = mutatedScript(databaseOf(text), text, qsizetype(most), seed);
     std::memcpy(data, mutated.constData(), std::size_t(mutated.size()));

@@ -6,7 +6,7 @@
 #include "editscript.h"
 #include "inputbytes.h"
 #include "require.h"
-#include "workfolder.h"
+#include "upgrading.h"
 
 #include "expectedsteps.h"
 #include "plainsqlite.h"
@@ -97,11 +97,6 @@ private:
                             });
     }
 
-    static qint64 countRows(const Sqlite &database, const QByteArray &table)
-    {
-        return database.column("select count(*) from " + quotedName(table)).value(0).toLongLong();
-    }
-
     /// No table has fewer rows than before, but for those that steps delete from. What could not be moved counts.
     static void requireRows(const Sqlite &before, const Sqlite &after)
     {
@@ -114,12 +109,12 @@ private:
         for (const QByteArray &table : before.tables()) {
             if (table.startsWith("sqlite_")) // statistics, which SQLite drops with a table
                 continue;
-            qint64 kept = countRows(after, table);
+            qint64 kept = after.countRows(table);
             for (const QByteArray &other : after.tables()) {
                 if (other.startsWith(table + "_unmoved"))
-                    kept += countRows(after, other);
+                    kept += after.countRows(other);
             }
-            require(exceptions.contains(table) || kept >= countRows(before, table),
+            require(exceptions.contains(table) || kept >= before.countRows(table),
                     "no row is lost of " + table);
         }
     }
@@ -137,7 +132,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 {
     const QByteArray text = inputBytes(data, size);
-    workFolder(); // before the first sample is made
+    prepareProcess(); // before the first sample is made
     Case(EditScript::read(text, newestVersionOf(databaseName))).run();
     return 0;
 }
@@ -145,7 +140,7 @@ extern "C" int LLVMFuzzerTestOneInput(const quint8 *data, std::size_t size)
 extern "C" std::size_t LLVMFuzzerCustomMutator(quint8 *data, std::size_t size, std::size_t most,
                                                unsigned int seed)
 {
-    workFolder();
+    prepareProcess();
     const QByteArray text = inputBytes(data, size);
     const QByteArray mutated = mutatedScript(databaseName, text, qsizetype(most), seed);
     std::memcpy(data, mutated.constData(), std::size_t(mutated.size()));

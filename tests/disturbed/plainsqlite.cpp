@@ -78,6 +78,11 @@ QByteArrayList Sqlite::column(const QByteArray &sql) const
     return values;
 }
 
+qint64 Sqlite::countRows(const QByteArray &name) const
+{
+    return column("select count(*) from " + quotedName(name)).value(0).toLongLong();
+}
+
 QByteArrayList Sqlite::tables() const
 {
     return column(

@@ -34,6 +34,9 @@ public:
     /// \return the first values of the rows that can be read
     QByteArrayList column(const QByteArray &sql) const;
 
+    /// \return how many rows a table or view has; 0 if they cannot be counted
+    qint64 countRows(const QByteArray &name) const;
+
     /// \return the names in lower case
     QByteArrayList tables() const;
 

@@ -3,10 +3,12 @@
 
 #include <QString>
 
-/// What a target that upgrades databases needs as long as the program runs.
+/// What the targets that upgrade databases have in common.
 
-/// Makes Qt's application and drops all messages, on the first call.
-/// \return a folder that holds nothing but earlier databases
+/// Lets Qt find its driver, and drops all messages.
+void prepareProcess();
+
+/// \return a folder of the process, which holds nothing but earlier databases
 QString workFolder();
 
 /// Upgrades a database in this process, as the tool would.
