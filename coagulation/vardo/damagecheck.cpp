@@ -73,7 +73,12 @@ void lookForQuotingIndex(const QSqlDatabase &connection, DamageReport &report)
 {
     QSqlQuery indexes(connection);
     indexes.setForwardOnly(true);
-    if (!execute(indexes, "select 1 from sqlite_master where type = 'index' and instr(sql, '\"')"))
+    constexpr auto sql =
+        "select 1 from sqlite_master as entry where instr(sql, '\"') and (type = 'index'"
+        " or (type = 'table' and sql not like 'create virtual%'"
+        " and exists (select 1 from pragma_table_xinfo(entry.name)"
+        " where hidden = 2)))"; // a generated column that is not stored
+    if (!execute(indexes, sql))
         report.failure = DamageReport::Failure{std::move(indexes), SOURCE_LINE};
     else
         report.hasQuotingIndex = indexes.next();

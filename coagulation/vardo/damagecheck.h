@@ -24,8 +24,9 @@ struct DamageReport {
     QString damage;
     /// Some values break a constraint or are not of their columns' types.
     bool hasOddValues = false;
-    /// An index names something in double quotes. SQLite takes such a name for a text while no column has it: a new
-    /// column of this name would change what the index is about, but not what it holds.
+    /// An index names something in double quotes, or a generated column may, which may have an index. SQLite takes
+    /// such a name for a text while no column has it: a new column of this name would change what the index is about,
+    /// but not what it holds.
     bool hasQuotingIndex = false;
     /// Set when the check could not be carried out.
     std::optional<Failure> failure{};

@@ -295,6 +295,10 @@ void TestDamageCheck::checksAgainWhatAStepMade_data()
         << QStringList{"create table early(a)", "insert into early values(1)",
                        R"(create index early_index on early(a) where "later" is null)"}
         << "alter table early add later";
+    QTest::newRow("a generated column of a quoted name")
+        << QStringList{R"(create table early(a, b as ("later")))",
+                       "create index early_index on early(b)", "insert into early values(1)"}
+        << "alter table early add later";
 }
 
 /// Shows: ENG-8
