@@ -205,6 +205,13 @@ MethodChange readMethodChange(InputReader &input)
     return {input.text(), input.text(), input.text()};
 }
 
+UnexpectedRow readUnexpectedRow(InputReader &input)
+{
+    using Kind = UnexpectedRow::Kind;
+    constexpr int kinds = int(Kind::CurveWithoutExpiry) + 1;
+    return {Kind(input.below(kinds)), input.text(), input.text()};
+}
+
 DatabaseFacts readDatabase(InputReader &input, const QString &name)
 {
     DatabaseFacts database;
@@ -229,6 +236,7 @@ DatabaseFacts readDatabase(InputReader &input, const QString &name)
         database.curves = prolonged(input, readList(input, readCurve));
         database.otherInvalidCurves = prolonged(input, readList(input, readText));
         database.methodChanges = readList(input, readMethodChange);
+        database.unexpectedRows = prolonged(input, readList(input, readUnexpectedRow));
     }
     return database;
 }

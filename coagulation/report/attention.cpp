@@ -56,9 +56,8 @@ bool isDroppedOnPurpose(const DatabaseFacts &database, const ObjectFacts &object
 }
 
 /// \return the first of several words, for a sentence: "id = 6, id = 7 and 3 more"
-QString firstOf(QStringList words, qint64 all)
+QString firstOf(QStringList words, qint64 all, qsizetype most = 5)
 {
-    constexpr qsizetype most = 5;
     words = words.first(std::min(words.size(), most));
     if (const qint64 more = all - words.size(); more > 0)
         return words.join(", ") + " and " + countText(more) + " more";
@@ -133,6 +132,7 @@ public:
     {
         addCurves();
         addMethods();
+        addUnexpectedRows();
         for (qsizetype i = 0; i < database.tables.size(); ++i) {
             addChosenValues(database.tables.at(i), tableAnchor(database.name, i));
             addLostRows(database.tables.at(i), tableAnchor(database.name, i));
@@ -153,6 +153,7 @@ private:
     }
     void addCurves();
     void addMethods();
+    void addUnexpectedRows();
     void addChosenValues(const TableFacts &table, const QString &anchor);
     void addLostRows(const TableFacts &table, const QString &anchor);
     void addNotCompared(const TableFacts &table, const QString &anchor);
@@ -207,6 +208,40 @@ void Finder::addMethods()
             anchor);
 }
 
+QString sentenceOn(const UnexpectedRow &row)
+{
+    switch (row.kind) {
+    case UnexpectedRow::Kind::OwnAssay:
+        return QString(
+                   "The assay ‘%1’ has the number of the factory's assay ‘%2’, whose items, calibrations or"
+                   " checks were added to it: check them.")
+            .arg(row.name, row.other);
+    case UnexpectedRow::Kind::MisplacedLimit:
+        return row.other.isEmpty()
+            ? QString("No item got the limits of the result check for ‘%1’: set them again.")
+                  .arg(row.name)
+            : QString(
+                  "The limits of the result check for ‘%1’ went to an item of the assay ‘%2’: check them.")
+                  .arg(row.name, row.other);
+    case UnexpectedRow::Kind::OldSettingName:
+        return QString(
+                   "The setting ‘%1’ kept its old name, which the new analyser software does not look for:"
+                   " set it again.")
+            .arg(row.name);
+    case UnexpectedRow::Kind::CurveWithoutExpiry:
+        return QString(
+                   "The standard curve ‘%1’ has no date of expiry, since ‘%2’ is no date: check it.")
+            .arg(row.name, row.other);
+    }
+    Q_UNREACHABLE();
+}
+
+void Finder::addUnexpectedRows()
+{
+    for (const UnexpectedRow &row : database.unexpectedRows)
+        add(Kind::UnexpectedRow, sentenceOn(row), databaseAnchor(database.name));
+}
+
 /// What the steps of the profile database choose among several standard curves of an assay.
 void Finder::addChosenValues(const TableFacts &table, const QString &anchor)
 {
@@ -215,7 +250,7 @@ void Finder::addChosenValues(const TableFacts &table, const QString &anchor)
     if (isTable(table, "currentCurve") && !table.rowsBefore && table.added > 0)
         add(Kind::Calibration,
             QString("The upgrade chose the current standard curves: %1. Check which ones you use.")
-                .arg(firstOf(currentCurves(table.addedRows), table.added)),
+                .arg(firstOf(currentCurves(table.addedRows), table.added, table.addedRows.size())),
             anchor);
     if (!isTable(table, "variable"))
         return;
@@ -241,6 +276,11 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
             QString("%1 of %2 did not arrive in its new layout. %3 keeps them,"
                     " and the analyser software does not see them.")
                 .arg(countText(*table.rowsAfter, "row", "rows"), match.captured(1), table.name),
+            anchor);
+    if (database.name == "profile" && isTable(table, "assayTemplate_new") && !table.rowsBefore)
+        add(Kind::LostRows,
+            "The table assayTemplate kept its old layout. Rows that later steps added to it are missing, or have"
+            " their values in the wrong columns: keep the copies and ask for help.",
             anchor);
     if (!table.rowsBefore)
         return;

@@ -5,6 +5,7 @@
 #include "coagulation/report/databasepair.h"
 #include "coagulation/report/integrity.h"
 #include "coagulation/report/tablecomparison.h"
+#include "coagulation/report/unexpectedrows.h"
 #include "coagulation/vardo/updatedata.h"
 #include "coagulation/vardo/updateprofile.h"
 #include "coagulation/vardo/updateqc.h"
@@ -103,11 +104,12 @@ bool compareTables(DatabaseFacts &facts, const ComparisonContext &context,
     return true;
 }
 
-void addCurves(DatabaseFacts &facts, const QSqlDatabase &connection)
+void addProfileFacts(DatabaseFacts &facts, const QSqlDatabase &connection)
 {
     facts.curves = refittedCurves(connection);
     facts.otherInvalidCurves = otherInvalidCurves(connection, facts.curves);
     facts.methodChanges = methodChanges(connection);
+    facts.unexpectedRows = unexpectedRows(connection, facts);
 }
 
 void compareContents(DatabaseFacts &facts, const QSqlDatabase &connection,
@@ -128,7 +130,7 @@ void compareContents(DatabaseFacts &facts, const QSqlDatabase &connection,
     else if (!compareTables(facts, context, entriesBefore, entriesAfter, progress))
         facts.problem = "The comparison was stopped.";
     else if (facts.name == "profile")
-        addCurves(facts, connection);
+        addProfileFacts(facts, connection);
 }
 
 } // namespace

@@ -135,6 +135,20 @@ struct MethodChange {
     QString after;       ///< a literal
 };
 
+/// A row of the profile database that is the laboratory's own, and that the steps did not expect.
+struct UnexpectedRow {
+    enum class Kind {
+        OwnAssay, ///< it has the number of an assay of the factory's, whose rows were added to it
+        MisplacedLimit,     ///< of a result check: no item got it, or the item of another assay
+        OldSettingName,     ///< which the steps left, though they change others of this form
+        CurveWithoutExpiry, ///< its date cannot be read
+    };
+    Kind kind;
+    QString name;
+    /// The factory's assay, the assay whose item got the limit, or the curve's date; empty if there is none.
+    QString other{};
+};
+
 /// One of the four databases.
 struct DatabaseFacts {
     QString name;          ///< "profile", "data", "qc" or "syslog"
@@ -159,6 +173,7 @@ struct DatabaseFacts {
     QStringList
         otherInvalidCurves{}; ///< names of curves that are not valid and were not fitted once more
     QList<MethodChange> methodChanges{}; ///< of calibrations that have a valid curve
+    QList<UnexpectedRow> unexpectedRows{};
 };
 
 struct LogLine {
@@ -181,11 +196,12 @@ struct Attention {
         Failure, ///< of the upgrade, or of a database that could not be read
         InvalidCurve,
         RefittedCurve,
-        Calibration, ///< another method, a value or a current curve that the upgrade chose
-        LostRows,    ///< a table …_unmoved, or rows that are not there any more
-        NotCompared, ///< a table
-        GoneObject,  ///< a column, index, trigger, view or table
-        Overwritten, ///< values
+        Calibration,   ///< another method, a value or a current curve that the upgrade chose
+        UnexpectedRow, ///< see UnexpectedRow
+        LostRows,      ///< a table …_unmoved, or rows that are not there any more
+        NotCompared,   ///< a table
+        GoneObject,    ///< a column, index, trigger, view or table
+        Overwritten,   ///< values
         ReagentIdentifier,
         LoweredVersion,
         Warning, ///< of the log

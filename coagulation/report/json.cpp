@@ -193,6 +193,28 @@ QJsonObject methodChangeObject(const MethodChange &change)
             {"after", textValue(change.after)}};
 }
 
+QString kindWord(UnexpectedRow::Kind kind)
+{
+    switch (kind) {
+    case UnexpectedRow::Kind::OwnAssay:
+        return "ownAssay";
+    case UnexpectedRow::Kind::MisplacedLimit:
+        return "misplacedLimit";
+    case UnexpectedRow::Kind::OldSettingName:
+        return "oldSettingName";
+    case UnexpectedRow::Kind::CurveWithoutExpiry:
+        return "curveWithoutExpiry";
+    }
+    Q_UNREACHABLE();
+}
+
+QJsonObject unexpectedRowObject(const UnexpectedRow &row)
+{
+    return {{"kind", kindWord(row.kind)},
+            {"name", textValue(row.name)},
+            {"other", textOrNull(row.other)}};
+}
+
 QJsonObject databaseObject(const DatabaseFacts &database)
 {
     return {{"name", textValue(database.name)},
@@ -211,7 +233,8 @@ QJsonObject databaseObject(const DatabaseFacts &database)
             {"objectsNew", arrayOf(database.objectsNew, objectObject)},
             {"curves", arrayOf(database.curves, curveObject)},
             {"otherInvalidCurves", textArray(database.otherInvalidCurves)},
-            {"methodChanges", arrayOf(database.methodChanges, methodChangeObject)}};
+            {"methodChanges", arrayOf(database.methodChanges, methodChangeObject)},
+            {"unexpectedRows", arrayOf(database.unexpectedRows, unexpectedRowObject)}};
 }
 
 QJsonObject lineObject(const LogLine &line)
@@ -232,6 +255,8 @@ QString kindWord(Attention::Kind kind)
         return "refittedCurve";
     case Attention::Kind::Calibration:
         return "calibration";
+    case Attention::Kind::UnexpectedRow:
+        return "unexpectedRow";
     case Attention::Kind::LostRows:
         return "lostRows";
     case Attention::Kind::NotCompared:

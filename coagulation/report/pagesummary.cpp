@@ -161,6 +161,8 @@ QString headingOf(Attention::Kind kind)
         return "Standard curves that were fitted once more";
     case Attention::Kind::Calibration:
         return "Calibrations to check";
+    case Attention::Kind::UnexpectedRow:
+        return "Rows and settings of yours that the upgrade did not expect";
     case Attention::Kind::LostRows:
         return "Rows that did not arrive";
     case Attention::Kind::NotCompared:

@@ -28,4 +28,11 @@ QString newSettingName(const QString &name)
     return newName;
 }
 
+bool isOldSettingName(const QString &name)
+{
+    static const QRegularExpression oldForm(
+        "^(program/[^/]+/(volume|diluent|name[123]|reagent[123])|[^/]+/mix/(type|times|volume|duration))$");
+    return oldForm.match(name).hasMatch() && newSettingName(name) == name;
+}
+
 } // namespace coagulation::report

@@ -10,4 +10,8 @@ namespace coagulation::report {
 ///         are the same.
 QString newSettingName(const QString &name);
 
+/// \return whether it is a name that the steps leave, though its form is one that they change: the assay in it has
+///         other letters than A to Z, digits and _
+bool isOldSettingName(const QString &name);
+
 } // namespace coagulation::report

@@ -52,6 +52,8 @@ private:
     QString contentsOnOneSide(bool before) const;
     qint64 mostLost() const { return context.options.allChangedRows ? mostRows : mostExamples; }
 
+    qint64 mostAdded() const;
+
     const ComparisonContext &context;
     Questions questions;
     TableFacts &facts;
@@ -126,8 +128,14 @@ void TableComparison::showNew(const SchemaEntry &after)
     facts.added = countRows(layout);
     facts.rowsAfter = facts.added;
     if (context.options.examples && facts.added > 0)
-        facts.addedRows =
-            readRows(questions, context.literals, layout, "a", layout.keyOrRowid(), {});
+        facts.addedRows = readRows(questions, context.literals, layout, "a", layout.keyOrRowid(),
+                                   {{}, mostAdded()});
+}
+
+/// \return how many rows of a new table to show: all current curves, since each is to be checked
+qint64 TableComparison::mostAdded() const
+{
+    return context.isProfile && folded(facts.name) == "currentcurve" ? mostLost() : mostExamples;
 }
 
 void TableComparison::compareColumns()

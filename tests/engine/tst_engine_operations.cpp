@@ -1184,6 +1184,7 @@ void TestEngineOperations::setVersionAsksTheInsertAlone_data()
 }
 
 /// Such a database may have been upgraded so for years: nobody but the report looks at what became of the version.
+/// Shows: ENG-3
 void TestEngineOperations::setVersionAsksTheInsertAlone()
 {
     QFETCH(QString, table);

@@ -122,6 +122,8 @@ DatabaseFacts profileDatabase()
     profile.curves << sampleCurve() << logisticCurve() << invalidCurve() << curveWithoutPoints();
     profile.otherInvalidCurves = QStringList{"AT III"};
     profile.methodChanges << MethodChange{"DD", "0", "4"};
+    profile.unexpectedRows << UnexpectedRow{UnexpectedRow::Kind::OwnAssay, "TEG", "PC"}
+                           << UnexpectedRow{UnexpectedRow::Kind::OldSettingName, "凝血/mix/type"};
     return profile;
 }
 
@@ -305,6 +307,8 @@ void fill(DatabaseFacts &database, const QString &text)
     fill(database.otherInvalidCurves, text);
     for (MethodChange &change : database.methodChanges)
         change = {text, text, text};
+    for (UnexpectedRow &row : database.unexpectedRows)
+        row = {row.kind, text, text};
 }
 
 } // namespace

@@ -132,6 +132,26 @@ void TestAttention::tellsWhatDatabasesHave_data()
         << "The upgrade chose the current standard curves: id = 2 for 'FIB' and id = 7 for 'PT'."
            " Check which ones you use.";
 
+    QStringList manyCurves;
+    QStringList manyNames;
+    for (int id = 1; id <= 25; ++id) {
+        manyCurves << QString("insert into currentCurve values(%1, 'C%1', %1)").arg(id);
+        manyNames << QString("id = %1 for 'C%1'").arg(id);
+    }
+    QTest::newRow("many current curves")
+        << "profile" << QStringList{}
+        << QStringList{"create table currentCurve(id integer primary key, name, curveId)"}
+            + manyCurves
+        << Kind::Calibration
+        << "The upgrade chose the current standard curves: " + manyNames.first(24).join(", ")
+            + " and " + manyNames.last() + ". Check which ones you use.";
+    QTest::newRow("templates in their old layout")
+        << "profile" << QStringList{"create table assayTemplate(id)"}
+        << QStringList{"create table assayTemplate(id)", "create table assayTemplate_new(id)"}
+        << Kind::LostRows
+        << "The table assayTemplate kept its old layout. Rows that later steps added to it are missing, or have"
+           " their values in the wrong columns: keep the copies and ask for help.";
+
     QTest::newRow("lost row") << "qc" << QStringList{numbered, rows}
                               << QStringList{numbered, rows, "delete from t where id = 2"}
                               << Kind::LostRows
@@ -251,6 +271,11 @@ void TestAttention::isSilentOtherwise_data()
     QTest::newRow("current curves of before")
         << "profile" << QStringList{current, "insert into currentCurve values(6, 'PT', 7)"}
         << QStringList{current, "insert into currentCurve values(6, 'PT', 7), (7, 'II', 8)"};
+    QTest::newRow("templates that an earlier upgrade left in their old layout")
+        << "profile" << QStringList{"create table assayTemplate_new(id)"}
+        << QStringList{"create table assayTemplate_new(id)"};
+    QTest::newRow("templates of another database")
+        << "qc" << QStringList{} << QStringList{"create table assayTemplate_new(id)"};
     QTest::newRow("no current curve") << "profile" << QStringList{} << QStringList{current};
     const QString variable = "create table variable(id integer primary key, name, value)";
     QTest::newRow("a variable of another database")

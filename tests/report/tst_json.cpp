@@ -117,6 +117,11 @@ void TestJson::holdsEachFact_data()
     row("databases/0/methodChanges/0/calibration", "DD");
     row("databases/0/methodChanges/0/before", "0");
     row("databases/0/methodChanges/0/after", "4");
+    row("databases/0/unexpectedRows/0/kind", "ownAssay");
+    row("databases/0/unexpectedRows/0/name", "TEG");
+    row("databases/0/unexpectedRows/0/other", "PC");
+    row("databases/0/unexpectedRows/1/kind", "oldSettingName");
+    row("databases/0/unexpectedRows/1/other", QJsonValue::Null);
     row("databases/0/curves/0/key", "id = 2");
     row("databases/0/curves/0/name", "FIB");
     row("databases/0/curves/0/xUnit", "s");

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 /// The operating manual explains every line that the sources can log, and no other. It has each command for
-/// Debian and for Windows.
+/// Debian and for Windows, and those that copy databases and put them back do so.
+
+#include "testfiles.h"
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
@@ -118,6 +122,20 @@ QList<Commands> commandsForDebian()
     return commands;
 }
 
+/// Runs the commands for Debian that hold a text, with another folder in place of /lab.
+/// \return the exit code
+int runCommands(const QString &text, const QString &folder)
+{
+    QStringList chosen;
+    for (const Commands &commands : commandsForDebian()) {
+        if (commands.text.contains(text))
+            chosen << QString(commands.text).replace("/lab", folder);
+    }
+    if (chosen.size() != 1)
+        qFatal("not one block of commands alone holds %s", qUtf8Printable(text));
+    return QProcess::execute("sh", {"-c", chosen.constFirst()});
+}
+
 bool shows(const QString &line, const Message &message)
 {
     qsizetype from = 0;
@@ -140,6 +158,8 @@ private slots:
     void explainsNoMessageThatIsNotThere();
     void showsEachCommandForWindowsToo_data();
     void showsEachCommandForWindowsToo();
+    void putsTheCopiesBack();
+    void keepsTheDatabasesThatCannotBeMovedAside();
 };
 
 void TestManual::explainsEveryMessage_data()
@@ -200,6 +220,59 @@ void TestManual::showsEachCommandForWindowsToo()
     QFETCH(QString, next);
 
     QCOMPARE(next, "powershell");
+}
+
+/// With a journal of the copies, a log of the upgraded database, and a database that the laboratory does not have.
+void TestManual::putsTheCopiesBack()
+{
+#ifdef Q_OS_UNIX
+    const QTemporaryDir lab;
+    writeFile(lab.filePath("profile.db"), "old settings");
+    writeFile(lab.filePath("profile.db-journal"), "old journal");
+    writeFile(lab.filePath("data.db"), "old results");
+    writeFile(lab.filePath("notes.txt"), "a file of others");
+    runCommands("cp -aL", lab.path());
+    writeFile(lab.filePath("profile.db"), "new settings");
+    QVERIFY(QFile::remove(lab.filePath("profile.db-journal")));
+    writeFile(lab.filePath("profile.db-wal"), "new log");
+    writeFile(lab.filePath("data.db"), "new results");
+
+    QCOMPARE(runCommands("mkdir after", lab.path()), 0);
+
+    QCOMPARE(QDir(lab.path()).entryList(QDir::Files),
+             (QStringList{"data.db", "notes.txt", "profile.db", "profile.db-journal"}));
+    QCOMPARE(fileBytes(lab.filePath("profile.db")), QByteArray("old settings"));
+    QCOMPARE(fileBytes(lab.filePath("profile.db-journal")), QByteArray("old journal"));
+    QCOMPARE(fileBytes(lab.filePath("data.db")), QByteArray("old results"));
+    QCOMPARE(QDir(lab.filePath("after")).entryList(QDir::Files),
+             (QStringList{"data.db", "profile.db", "profile.db-wal"}));
+    QCOMPARE(fileBytes(lab.filePath("after/data.db")), QByteArray("new results"));
+    QCOMPARE(fileBytes(lab.filePath("after/profile.db-wal")), QByteArray("new log"));
+#else
+    QSKIP("there is no shell for the commands of Debian");
+#endif
+}
+
+void TestManual::keepsTheDatabasesThatCannotBeMovedAside()
+{
+#ifdef Q_OS_UNIX
+    const QTemporaryDir lab;
+    writeFile(lab.filePath("data.db"), "old results");
+    runCommands("cp -aL", lab.path());
+    writeFile(lab.filePath("data.db"), "new results");
+    writeFile(lab.filePath("mv"), "#!/bin/sh\nexit 1\n"); // as on a disk that fails
+    QVERIFY(QFile::setPermissions(lab.filePath("mv"), QFile::ReadOwner | QFile::ExeOwner));
+    const QByteArray path = qgetenv("PATH");
+
+    qputenv("PATH", lab.path().toLocal8Bit() + ':' + path);
+    const int exitCode = runCommands("mkdir after", lab.path());
+    qputenv("PATH", path);
+
+    QVERIFY(exitCode != 0);
+    QCOMPARE(fileBytes(lab.filePath("data.db")), QByteArray("new results"));
+#else
+    QSKIP("there is no shell for the commands of Debian");
+#endif
 }
 
 QTEST_GUILESS_MAIN(TestManual)
