@@ -136,6 +136,7 @@ public:
         for (qsizetype i = 0; i < database.tables.size(); ++i) {
             addChosenValues(database.tables.at(i), tableAnchor(database.name, i));
             addLostRows(database.tables.at(i), tableAnchor(database.name, i));
+            addKeptLayout(database.tables.at(i), tableAnchor(database.name, i));
             addNotCompared(database.tables.at(i), tableAnchor(database.name, i));
             addGoneColumns(database.tables.at(i), tableAnchor(database.name, i));
             addOverwritten(database.tables.at(i), tableAnchor(database.name, i));
@@ -156,6 +157,7 @@ private:
     void addUnexpectedRows();
     void addChosenValues(const TableFacts &table, const QString &anchor);
     void addLostRows(const TableFacts &table, const QString &anchor);
+    void addKeptLayout(const TableFacts &table, const QString &anchor);
     void addNotCompared(const TableFacts &table, const QString &anchor);
     void addGoneColumns(const TableFacts &table, const QString &anchor);
     void addGoneObjects();
@@ -277,11 +279,6 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
                     " and the analyser software does not see them.")
                 .arg(countText(*table.rowsAfter, "row", "rows"), match.captured(1), table.name),
             anchor);
-    if (database.name == "profile" && isTable(table, "assayTemplate_new") && !table.rowsBefore)
-        add(Kind::LostRows,
-            "The table assayTemplate kept its old layout. Rows that later steps added to it are missing, or have"
-            " their values in the wrong columns: keep the copies and ask for help.",
-            anchor);
     if (!table.rowsBefore)
         return;
     const qint64 before = *table.rowsBefore;
@@ -303,6 +300,16 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
                 .arg(countText(lost, "row", "rows"), table.name, lost == 1 ? "is" : "are",
                      table.removedRows.isEmpty() ? QString()
                                                  : ": " + firstOf(keysOf(table.removedRows), lost)),
+            anchor);
+}
+
+/// The step that makes the new layout of the templates may fail, and the upgrade goes on.
+void Finder::addKeptLayout(const TableFacts &table, const QString &anchor)
+{
+    if (database.name == "profile" && isTable(table, "assayTemplate_new") && !table.rowsBefore)
+        add(Kind::LostRows,
+            "The table assayTemplate kept its old layout. Rows that later steps added to it are missing, or have"
+            " their values in the wrong columns: keep the copies and ask for help.",
             anchor);
 }
 
