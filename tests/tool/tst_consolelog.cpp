@@ -204,7 +204,8 @@ void TestConsoleLog::appendsToAnExistingLog()
 void TestConsoleLog::appendsToWhatAnotherProcessWroteMeanwhile()
 {
     const auto waiting = start({"log.txt", "debug", "flush", "wait", "debug"});
-    QTRY_COMPARE(read("log.txt"), debugLine);
+    (void)QTest::qWaitFor([this] { return read("log.txt") == debugLine; });
+    QCOMPARE(read("log.txt"), debugLine);
     send({"log.txt", "warning"});
     waiting->closeWriteChannel();
     QVERIFY(waiting->waitForFinished());
