@@ -241,12 +241,12 @@ void TestUnexpectedRows::knowsTheAssaysThatTheStepsAdd()
     const QString highest = database.rows("select max(id) from assayTemplate").constFirst();
     QVERIFY(upgrade(database));
 
-    QStringList assays;
+    QStringList known;
     for (auto assay = factoryAssays().begin(); assay != factoryAssays().end(); ++assay)
-        assays << QString("%1, '%2'").arg(QString::number(assay.key()), assay.value());
+        known << QString("%1, '%2'").arg(QString::number(assay.key()), assay.value());
 
     QCOMPARE(
-        assays,
+        known,
         database.rows("select id, name from assayTemplate where id > " + highest + " order by id"));
 }
 
