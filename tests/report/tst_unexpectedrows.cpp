@@ -22,6 +22,7 @@ private slots:
     void findsThem();
     void findsThemAfterAnUpgrade_data();
     void findsThemAfterAnUpgrade();
+    void findsNoneWithoutAnUpgrade();
     void findsNoneInOtherDatabases();
     void knowsTheAssaysThatTheStepsAdd();
 };
@@ -222,6 +223,23 @@ void TestUnexpectedRows::findsThemAfterAnUpgrade()
     const QStringList lines = linesOf(compared(before, after, "profile").unexpectedRows);
 
     QVERIFY2(lines.contains(line), qPrintable(lines.join('\n')));
+}
+
+void TestUnexpectedRows::findsNoneWithoutAnUpgrade()
+{
+    const QStringList statements{assays,
+                                 items,
+                                 checks,
+                                 settings,
+                                 "insert into assayTemplate values(5, 'DD')",
+                                 "insert into dataCheck values(5, 1, 'DD.X', 0, null, 0, null)",
+                                 "insert into profile values('凝血/mix/type', 1)"};
+    const TestDatabase before;
+    before.execute(atVersion(4, statements));
+    const TestDatabase after;
+    after.execute(atVersion(4, statements));
+
+    QCOMPARE(linesOf(compared(before, after, "profile").unexpectedRows), QStringList());
 }
 
 void TestUnexpectedRows::findsNoneInOtherDatabases()
