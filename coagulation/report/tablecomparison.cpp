@@ -51,7 +51,6 @@ private:
     void readRenamedExamples();
     QString contentsOnOneSide(bool before) const;
     qint64 mostLost() const { return context.options.allChangedRows ? mostRows : mostExamples; }
-
     qint64 mostAdded() const;
 
     const ComparisonContext &context;

@@ -82,8 +82,9 @@ void Finder::add(Kind kind, const QString &name, const QString &other)
 
 void Finder::addOwnAssays()
 {
-    if (!hasOnBothSides("assayTemplate", {"id", "name"}))
-        return;
+    const bool upgraded = database.versionBefore.value_or(0) < database.versionAfter.value_or(0);
+    if (!upgraded || !hasOnBothSides("assayTemplate", {"id", "name"}))
+        return; // without an upgrade the rows are somebody else's
     QStringList conditions;
     for (const auto &[table, key] : {std::pair{"assayItem", "id"},
                                      {"assayCalibration", "id"},

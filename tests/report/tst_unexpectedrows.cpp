@@ -231,13 +231,14 @@ void TestUnexpectedRows::findsNoneWithoutAnUpgrade()
                                  items,
                                  checks,
                                  settings,
-                                 "insert into assayTemplate values(5, 'DD')",
+                                 "insert into assayTemplate values(5, 'DD'), (16, 'TEG')",
                                  "insert into dataCheck values(5, 1, 'DD.X', 0, null, 0, null)",
                                  "insert into profile values('凝血/mix/type', 1)"};
     const TestDatabase before;
     before.execute(atVersion(4, statements));
     const TestDatabase after;
-    after.execute(atVersion(4, statements));
+    after.execute(atVersion(4, statements)
+                  + QStringList{"insert into assayItem values(500, 16, 'R')"});
 
     QCOMPARE(linesOf(compared(before, after, "profile").unexpectedRows), QStringList());
 }

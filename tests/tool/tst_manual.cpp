@@ -122,6 +122,7 @@ QList<Commands> commandsForDebian()
     return commands;
 }
 
+#ifdef Q_OS_UNIX
 /// Runs the commands for Debian that hold a text, with another folder in place of /lab.
 /// \return the exit code
 int runCommands(const QString &text, const QString &folder)
@@ -135,6 +136,7 @@ int runCommands(const QString &text, const QString &folder)
         qFatal("not one block of commands alone holds %s", qUtf8Printable(text));
     return QProcess::execute("sh", {"-c", chosen.constFirst()});
 }
+#endif
 
 bool shows(const QString &line, const Message &message)
 {
