@@ -251,7 +251,7 @@ void TestManual::putsTheCopiesBack()
     QCOMPARE(fileBytes(lab.filePath("after/data.db")), QByteArray("new results"));
     QCOMPARE(fileBytes(lab.filePath("after/profile.db-wal")), QByteArray("new log"));
 #else
-    QSKIP("there is no shell for the commands of Debian");
+    QSKIP("there is no shell for Debian's commands: they are NOT tested");
 #endif
 }
 
@@ -273,7 +273,7 @@ void TestManual::keepsTheDatabasesThatCannotBeMovedAside()
     QVERIFY(exitCode != 0);
     QCOMPARE(fileBytes(lab.filePath("data.db")), QByteArray("new results"));
 #else
-    QSKIP("there is no shell for the commands of Debian");
+    QSKIP("there is no shell for Debian's commands: they are NOT tested");
 #endif
 }
 
