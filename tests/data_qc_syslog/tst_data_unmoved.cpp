@@ -56,6 +56,8 @@ private slots:
     void keepsNothingOfAView();
     void keepsRowsThatAnotherTableSwallows_data();
     void keepsRowsThatAnotherTableSwallows();
+    void anOwnTableTakesAPlace_data();
+    void anOwnTableTakesAPlace();
     void reportsValuesThatAreLeftBehind_data();
     void reportsValuesThatAreLeftBehind();
     void reportsNoColumnWithoutValues();
@@ -419,6 +421,47 @@ void TestDataUnmoved::keepsRowsThatAnotherTableSwallows()
     QVERIFY(upgraded);
     QCOMPARE(warningsOf(recorder).size(), 2); // the table that could not be created, and this
     QCOMPARE(warningsOf(recorder).constLast(), warning);
+    QCOMPARE(database.table(table + "_unmoved"), before);
+}
+
+void TestDataUnmoved::anOwnTableTakesAPlace_data()
+{
+    QTest::addColumn<QString>("table");
+    QTest::addColumn<QStringList>("failing");
+    QTest::addColumn<QString>("warning");
+
+    QTest::newRow("curve_new") << "curve"
+                               << QStringList{"create table curve_new(", "insert into curve_new ("}
+                               << "Kept 6 rows of curve in curve_unmoved";
+    QTest::newRow("detail_new") << "detail"
+                                << QStringList{"create table detail_new(",
+                                               "insert into detail_new ("}
+                                << "Kept 2 rows of detail in detail_unmoved";
+}
+
+/// Shows: DAT-6
+void TestDataUnmoved::anOwnTableTakesAPlace()
+{
+    QFETCH(QString, table);
+    QFETCH(QStringList, failing);
+    QFETCH(QString, warning);
+    const TestDatabase database("data.db");
+    makeChanged(database, 2,
+                detailsOfPatients
+                    + QStringList{"create table " + table + "_new(number, note)",
+                                  "insert into " + table + "_new values(3, 'own'), (4, null)"});
+    const QStringList before = database.table(table);
+    const MessageRecorder recorder;
+
+    const bool upgraded = upgrade(database);
+
+    QVERIFY2(upgraded, qUtf8Printable(recorder.messages().join('\n')));
+    const QStringList warnings = warningsOf(recorder);
+    QCOMPARE(warnings.size(), failing.size() + 1);
+    for (int i = 0; i < failing.size(); ++i)
+        QVERIFY2(warnings.at(i).contains(failing.at(i)), qUtf8Printable(warnings.at(i)));
+    QCOMPARE(warnings.constLast(), "Warning: " + warning);
+    QCOMPARE(database.table(table), QStringList({"3, 'own', NULL", "4, NULL, NULL"}));
     QCOMPARE(database.table(table + "_unmoved"), before);
 }
 
