@@ -30,24 +30,77 @@ QString findingNotAboutAValue(QSqlQuery &check)
     return {};
 }
 
+enum class Outcome { Sound, OddValues, Damaged, Failed };
+
+Outcome runCheck(QSqlQuery &check, const QString &sql, DamageReport &report)
+{
+    check.setForwardOnly(true);
+    const QString finding = execute(check, sql) ? findingNotAboutAValue(check) : QString();
+    if (finding == "ok")
+        return Outcome::Sound;
+    if (!finding.isEmpty()) {
+        report.damage = finding;
+        return Outcome::Damaged;
+    }
+    if (check.lastError().isValid())
+        return Outcome::Failed;
+    report.hasOddValues = true;
+    return Outcome::OddValues;
+}
+
+void checkTable(const QSqlDatabase &connection, const QString &table, DamageReport &report)
+{
+    QSqlQuery check(connection);
+    if (runCheck(check, QString("pragma integrity_check(%1)").arg(quoted(table)), report)
+        != Outcome::Failed)
+        return;
+    const QSqlError error = check.lastError();
+    if (isEnvironmentError(error))
+        report.failure = DamageReport::Failure{std::move(check), SOURCE_LINE};
+    else
+        report.unchecked.insert(table, error.databaseText());
+}
+
+/// \return the texts in the first column of a question's rows
+QStringList namesFrom(const QSqlDatabase &connection, const QString &sql, DamageReport &report)
+{
+    QStringList names;
+    QSqlQuery query(connection);
+    query.setForwardOnly(true);
+    if (execute(query, sql)) {
+        while (query.next())
+            names << query.value(0).toString();
+    }
+    if (query.lastError().isValid())
+        report.failure = DamageReport::Failure{std::move(query), SOURCE_LINE};
+    return names;
+}
+
+/// One table may need a collation or function that SQLite lacks. Then there is no check of the whole file.
+void checkTables(const QSqlDatabase &connection, DamageReport &report)
+{
+    for (const QString &table : namesFrom(
+             connection, "select name from sqlite_master where type = 'table' and rootpage > 0",
+             report)) {
+        if (!report.damage.isEmpty() || report.failure)
+            return;
+        checkTable(connection, table, report);
+    }
+}
+
 void checkFile(const QSqlDatabase &connection, DamageReport &report)
 {
     // The first finding is nearly always enough. If it is about a value, a later one may be damage.
     for (const char *sql : {"pragma integrity_check(1)", "pragma integrity_check(2147483647)"}) {
         QSqlQuery check(connection);
-        check.setForwardOnly(true);
-        const QString finding = execute(check, sql) ? findingNotAboutAValue(check) : QString();
-        if (finding == "ok")
-            return;
-        if (!finding.isEmpty()) {
-            report.damage = finding;
-            return;
-        }
-        if (check.lastError().isValid()) {
+        const Outcome outcome = runCheck(check, sql, report);
+        if (outcome == Outcome::OddValues)
+            continue;
+        if (outcome == Outcome::Failed && isEnvironmentError(check.lastError()))
             report.failure = DamageReport::Failure{std::move(check), SOURCE_LINE};
-            return;
-        }
-        report.hasOddValues = true;
+        else if (outcome == Outcome::Failed)
+            checkTables(connection, report);
+        return;
     }
 }
 
@@ -69,19 +122,18 @@ void checkSchema(const QSqlDatabase &connection, DamageReport &report)
         report.damage = "misspelt entry of the schema: " + entries.value(0).toString();
 }
 
-void lookForQuotingIndex(const QSqlDatabase &connection, DamageReport &report)
+void lookForQuotingIndexes(const QSqlDatabase &connection, DamageReport &report)
 {
-    QSqlQuery indexes(connection);
-    indexes.setForwardOnly(true);
-    constexpr auto sql =
-        "select 1 from sqlite_master as entry where instr(sql, '\"') and (type = 'index'"
-        " or (type = 'table' and sql not like 'create virtual%'"
-        " and exists (select 1 from pragma_table_xinfo(entry.name)"
-        " where hidden = 2)))"; // a generated column that is not stored
-    if (!execute(indexes, sql))
-        report.failure = DamageReport::Failure{std::move(indexes), SOURCE_LINE};
-    else
-        report.hasQuotingIndex = indexes.next();
+    report.quotingTables =
+        namesFrom(connection,
+                  "select tbl_name from sqlite_master as entry where instr(sql, '\"') and ("
+                  "(type = 'index' and (instr(lower(sql), 'where')"
+                  " or exists (select 1 from pragma_index_xinfo(entry.name)"
+                  " where cid = -2)))" // no column of the table
+                  " or (type = 'table' and sql not like 'create virtual%'"
+                  " and exists (select 1 from pragma_table_xinfo(entry.name)"
+                  " where hidden = 2)))", // a generated column that is not stored
+                  report);
 }
 
 } // namespace
@@ -90,12 +142,10 @@ DamageReport checkForDamage(const QSqlDatabase &connection)
 {
     DamageReport report;
     checkFile(connection, report);
-    // also if the check fails for want of a collation or function that the steps do not need
-    if (report.damage.isEmpty()
-        && !(report.failure && isEnvironmentError(report.failure->query.lastError())))
+    if (report.damage.isEmpty() && !report.failure)
         checkSchema(connection, report);
     if (report.damage.isEmpty() && !report.failure)
-        lookForQuotingIndex(connection, report);
+        lookForQuotingIndexes(connection, report);
     return report;
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QMap>
 #include <QSqlQuery>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -24,11 +26,13 @@ struct DamageReport {
     QString damage;
     /// Some values break a constraint or are not of their columns' types.
     bool hasOddValues = false;
-    /// An index names something in double quotes, or a generated column may, which may have an index. SQLite takes
-    /// such a name for a text while no column has it: a new column of this name would change what the index is about,
-    /// but not what it holds.
-    bool hasQuotingIndex = false;
-    /// Set when the check could not be carried out.
+    /// Tables with an index that may be about a name in double quotes, or with a generated column that may be, which
+    /// may have an index. SQLite takes such a name for a text while no column has it: a new column of this name would
+    /// change what the index is about, but not what it holds.
+    QStringList quotingTables{};
+    /// Tables that SQLite could not check, with its reason, for example a collation of another program's.
+    QMap<QString, QString> unchecked{};
+    /// Set when the check of everything could not be carried out.
     std::optional<Failure> failure{};
 };
 

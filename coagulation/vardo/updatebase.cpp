@@ -262,12 +262,21 @@ bool UpdateBase::upgrade()
 bool UpdateBase::passesDamageCheck(Moment moment)
 {
     const DamageReport report = checkForDamage(connection());
-    checkAfterSteps = checkAfterSteps || report.hasOddValues || report.hasQuotingIndex;
-    if (!report.damage.isEmpty()) {
-        reportDamage(report.damage, moment);
+    QString damage = report.damage;
+    if (moment == Moment::BeforeSteps) {
+        quotingTables = report.quotingTables;
+        checkAfterSteps = report.hasOddValues || !quotingTables.isEmpty();
+    } else {
+        for (const QString &table : quotingTables) {
+            if (damage.isEmpty() && report.unchecked.contains(table))
+                damage = QString("no check of %1, an index of which has double quotes: %2")
+                             .arg(table, report.unchecked.value(table));
+        }
+    }
+    if (!damage.isEmpty()) {
+        reportDamage(damage, moment);
         return false;
     }
-    // The check may fail for want of a collation or function that the steps do not need.
     if (report.failure)
         logFailedCheck(report.failure->query, report.failure->sourceFile, report.failure->line);
     return verifyTransaction();

@@ -195,6 +195,7 @@ private:
     int versionToRecord = 0;      ///< recorded instead of the highest step number when above 0
     bool skipped = false;         ///< the file does not exist
     bool checkAfterSteps = false; ///< the check found what a step may turn into damage
+    QStringList quotingTables{};  ///< the tables of the damage report before the steps
     Transaction transaction = Transaction::None;
 };
 

@@ -111,11 +111,16 @@ Rows Sqlite::rows(const QByteArray &table) const
 QByteArrayList Sqlite::findings() const
 {
     QByteArrayList findings;
-    const int code = run("pragma integrity_check(2147483647)", [&](sqlite3_stmt *row) {
-        findings << firstText(row).split('\n'); // one row may hold several, a line each
-    });
-    if (code != SQLITE_OK)
+    const auto check = [this, &findings](const QByteArray &what) {
+        return run("pragma integrity_check(" + what + ')', [&findings](sqlite3_stmt *row) {
+            findings << firstText(row).split('\n'); // one row may hold several, a line each
+        });
+    };
+    if (const int code = check("2147483647"); code != SQLITE_OK) {
         findings << "check fails: " + QByteArray::number(code);
+        for (const QByteArray &table : tables()) // one of them may need a collation that is missing
+            check(quotedName(table));
+    }
     return findings;
 }
 

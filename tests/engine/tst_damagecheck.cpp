@@ -40,6 +40,13 @@ QStringList tableWithNulls(int count)
                " where name = 'early'");
 }
 
+/// \return the change that gives the index `odd` of a table a collation that SQLite does not know
+QString unknownCollation(const QString &table)
+{
+    return "update sqlite_master set sql = 'CREATE INDEX odd ON " + table
+        + "(a collate elsewhere)' where name = 'odd'";
+}
+
 struct Outcome {
     bool upgraded = false;
     bool stepRan = false;
@@ -100,6 +107,8 @@ private slots:
     void refusesAVersionThatDamageMadeTooHigh();
     void checksAgainWhatAStepMade_data();
     void checksAgainWhatAStepMade();
+    void refusesWhatItCannotCheckAgain();
+    void takesAQuotingIndexForNoDamage_data();
     void takesAQuotingIndexForNoDamage();
     void logsAFindingInOneLine();
     void reportsTheAbsolutePath();
@@ -109,6 +118,7 @@ private slots:
     void takesAFindingAboutAValueForNoDamage();
     void takesAFailingCheckForNoDamage_data();
     void takesAFailingCheckForNoDamage();
+    void findsDamageBesideATableThatCannotBeChecked();
     void findsAMisspeltEntryThoughTheCheckFails();
     void checksNothingWhenEveryStepIsSkipped();
     void saysNothingOfASoundFile();
@@ -299,6 +309,12 @@ void TestDamageCheck::checksAgainWhatAStepMade_data()
         << QStringList{R"(create table early(a, b as ("later")))",
                        "create index early_index on early(b)", "insert into early values(1)"}
         << "alter table early add later";
+    QTest::newRow("an index on a quoted name, and a table that SQLite cannot check")
+        << QStringList{"create table early(a)", "insert into early values(1)",
+                       R"(create index early_index on early("later" collate nocase))",
+                       "create table other(a)", "create index odd on other(a)"}
+            + redefine(unknownCollation("other"))
+        << "alter table early add later";
 }
 
 /// Shows: ENG-8
@@ -320,11 +336,44 @@ void TestDamageCheck::checksAgainWhatAStepMade()
     QCOMPARE(database.bytes(), before);
 }
 
-void TestDamageCheck::takesAQuotingIndexForNoDamage()
+/// Shows: ENG-8
+void TestDamageCheck::refusesWhatItCannotCheckAgain()
 {
     const TestDatabase database;
-    database.execute({versionTable, "create table early(a)", "insert into early values(1)",
-                      R"(create index odd on "early"("a"))"});
+    database.execute(QStringList{versionTable, "create table early(a)",
+                                 "insert into early values(1)", "create index odd on early(a)",
+                                 R"(create index early_index on early("later" collate nocase))"}
+                     + redefine(unknownCollation("early")));
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database, "alter table early add later");
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(outcome.stepRan);
+    QCOMPARE(outcome.messages.constLast(),
+             "Warning: The upgrade would damage " + database.path()
+                 + ": no check of early, an index of which has double quotes:"
+                   " no such collation sequence: elsewhere");
+    QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::takesAQuotingIndexForNoDamage_data()
+{
+    QTest::addColumn<QStringList>("change");
+
+    QTest::newRow("a table that can be checked") << QStringList();
+    QTest::newRow("a table that cannot be checked")
+        << QStringList{"create index odd on early(a)"} + redefine(unknownCollation("early"));
+}
+
+void TestDamageCheck::takesAQuotingIndexForNoDamage()
+{
+    QFETCH(QStringList, change);
+    const TestDatabase database;
+    database.execute(QStringList{versionTable, "create table early(a)",
+                                 "insert into early values(1)",
+                                 R"(create index "early_index" on "early"("a"))"}
+                     + change);
 
     const Outcome outcome = upgrade(database, "alter table early add later");
 
@@ -446,13 +495,30 @@ void TestDamageCheck::takesAFailingCheckForNoDamage()
 }
 
 /// Shows: ENG-7
+void TestDamageCheck::findsDamageBesideATableThatCannotBeChecked()
+{
+    const TestDatabase database;
+    database.execute(
+        QStringList{versionTable, "create table early(a)", "create index odd on early(a)"}
+        + redefine(unknownCollation("early")) + tableWithAnEmptyIndex());
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages.constLast(),
+             damageLine(database, missingRow, outcome.messages.constLast()));
+    QCOMPARE(database.bytes(), before);
+}
+
+/// Shows: ENG-7
 void TestDamageCheck::findsAMisspeltEntryThoughTheCheckFails()
 {
     const TestDatabase database;
     database.execute(
         QStringList{versionTable, "create table early(a)", "create index odd on early(a)"}
-        + redefine("update sqlite_master set sql = 'CREATE INDEX odd ON early(a collate elsewhere)'"
-                   " where name = 'odd'")
+        + redefine(unknownCollation("early"))
         + redefine("update sqlite_master set type = 'tAble' where name = 'early'"));
     const QByteArray before = database.bytes();
 
