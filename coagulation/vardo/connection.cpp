@@ -66,6 +66,23 @@ QString quoted(QString name)
     return '"' + name.replace('"', "\"\"") + '"';
 }
 
+QVariant valueIn(const QSqlQuery &row, int column)
+{
+    const QVariant value = row.value(column);
+    const bool isEmptyBlob =
+        value.typeId() == QMetaType::QByteArray && !value.isNull() && value.toByteArray().isNull();
+    return isEmptyBlob ? QVariant(QByteArray("")) : value;
+}
+
+QVariant bindable(const QVariant &value)
+{
+    constexpr QChar byteOrderMark(QChar::ByteOrderMark);
+    const QString text = value.typeId() == QMetaType::QString ? value.toString() : QString();
+    if (text.startsWith(byteOrderMark) || text.startsWith(QChar(QChar::ByteOrderSwapped)))
+        return byteOrderMark + text; // SQLite leaves out the first one
+    return value;
+}
+
 QSqlError openConnection(int milliseconds)
 {
     QSqlDatabase database = connection();

@@ -3,6 +3,9 @@
 
 #include <QSqlDatabase>
 #include <QSqlError>
+#include <QVariant>
+
+class QSqlQuery;
 
 /// The default connection of Qt, which every statement of the tool uses.
 namespace coagulation {
@@ -11,6 +14,14 @@ QSqlDatabase connection();
 
 /// \return a name as it stands in a statement
 QString quoted(QString name);
+
+/// \return the value in a column of a query's row, with an empty blob as it is stored: the driver reads one as a
+///         null byte array, and would write that as null
+QVariant valueIn(const QSqlQuery &row, int column);
+
+/// \return a value as it has to be bound to be stored as it is: SQLite leaves out a byte order mark (U+FEFF) at the
+///         beginning of a text, and takes U+FFFE for a swapped one
+QVariant bindable(const QVariant &value);
 
 /// Opens the connection, whose file is set, for the steps.
 /// \param milliseconds how long to wait while another program holds the file open and lets nobody write to it,

@@ -70,17 +70,11 @@ void setDefaults(QSqlRecord &row, const QSqlRecord &defaults)
     }
 }
 
-/// \return the row that the query is on, with empty blobs as they are stored: the driver reads one as a
-///         null byte array, and would write that as null
 QSqlRecord currentRow(const QSqlQuery &query)
 {
     QSqlRecord row = query.record();
-    for (int i = 0; i < row.count(); ++i) {
-        const QVariant value = row.value(i);
-        if (value.typeId() == QMetaType::QByteArray && !value.isNull()
-            && value.toByteArray().isNull())
-            row.setValue(i, QByteArray(""));
-    }
+    for (int i = 0; i < row.count(); ++i)
+        row.setValue(i, valueIn(query, i));
     return row;
 }
 
@@ -93,7 +87,7 @@ bool insertRow(QSqlQuery &insert, const QString &table, const QSqlRecord &row)
         return false;
     for (int i = 0; i < row.count(); ++i) {
         if (row.isGenerated(i)) // the others are not in the statement
-            insert.addBindValue(row.value(i));
+            insert.addBindValue(bindable(row.value(i)));
     }
     return execute(insert);
 }
@@ -313,7 +307,7 @@ bool UpdateBase::exec(const char *sourceFile, int line, const QString &sql,
     bool done = query.prepare(sql);
     if (done) {
         for (auto value = values.begin(); value != values.end(); ++value)
-            query.bindValue(value.key(), value.value());
+            query.bindValue(value.key(), bindable(value.value()));
         done = execute(query);
     }
     if (!done)

@@ -3,6 +3,7 @@
 
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/vardo/connection.h"
 #include "coagulation/vardo/execute.h"
 
 #include <QDebug>
@@ -80,8 +81,8 @@ bool UpdateProfile::fillVariables()
         return false;
     }
     return readRows(variables, SOURCE_LINE, [&] {
-        values.bindValue(":name", variables.value(2));
-        values.bindValue(":assayTemplateId", variables.value(1));
+        values.bindValue(":name", bindable(valueIn(variables, 2)));
+        values.bindValue(":assayTemplateId", bindable(valueIn(variables, 1)));
         if (!execute(values)) {
             logSqlError(values, SOURCE_LINE);
             return false;
@@ -89,7 +90,7 @@ bool UpdateProfile::fillVariables()
         if (!values.next())
             return true;
         update.bindValue(":id", variables.value(0));
-        update.bindValue(":value", values.value(0));
+        update.bindValue(":value", bindable(valueIn(values, 0)));
         if (!execute(update)) {
             logSqlError(update, SOURCE_LINE);
             return false;

@@ -3,6 +3,7 @@
 
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/vardo/connection.h"
 #include "coagulation/vardo/execute.h"
 #include "coagulation/zucore/assaytemplate.h"
 #include "coagulation/zucore/standardcurve.h"
@@ -98,7 +99,7 @@ bool UpdateProfile::refitStandardCurves()
 bool UpdateProfile::refitStandardCurve(const QSqlQuery &row, RefitQueries &queries)
 {
     const QString name = row.value(1).toString();
-    queries.calibration.bindValue(":name", name);
+    queries.calibration.bindValue(":name", bindable(name));
     if (!execute(queries.calibration)) {
         logSqlError(queries.calibration, SOURCE_LINE);
         return false;

@@ -3,6 +3,7 @@
 
 #include "coagulation/vardo/updateprofile.h"
 
+#include "coagulation/vardo/connection.h"
 #include "coagulation/vardo/execute.h"
 
 #include <QDebug>
@@ -190,7 +191,7 @@ bool UpdateProfile::renumberReagents(const QMap<qint64, QString> &duplicates, QS
             reagentId = QString("%1(%2)").arg(duplicate.value(), QString::number(number++));
         while (taken.contains(reagentId));
         nextNumbers.insert(duplicate.value(), number);
-        update.bindValue(":reagentId", reagentId);
+        update.bindValue(":reagentId", bindable(reagentId));
         update.bindValue(":id", duplicate.key());
         if (!execute(update)) {
             logSqlError(update, SOURCE_LINE);

@@ -58,6 +58,7 @@ const QStringList valuesOfEveryStorageClass{
     "insert into source(value) values('line 1' || char(10) || 'line 2'), (':name ? \"x\" %1')",
     "insert into source(value) values(x''), (x'00'), (x'00ff10'), (x'33')",
     "insert into source(value) values(zeroblob(100000))",
+    "insert into source(value) values(char(65279)), (char(65279) || 'q')",
 };
 
 } // namespace
@@ -82,6 +83,8 @@ private slots:
     void copyTableKeepsEveryValue_data();
     void copyTableKeepsEveryValue();
     void copyTableKeepsInvalidText();
+    void copyTableKeepsAByteOrderMark_data();
+    void copyTableKeepsAByteOrderMark();
     void copyTableMatchesColumnsByName();
     void copyTableFromAMissingTableCopiesNothing_data();
     void copyTableFromAMissingTableCopiesNothing();
@@ -410,6 +413,41 @@ void TestEngineOperations::copyTableKeepsInvalidText()
     QVERIFY(outcome.result);
     QCOMPARE(database.rows("select cast(value as blob) from target"),
              QStringList({"X'FF41FE'", "X'410042'"}));
+}
+
+void TestEngineOperations::copyTableKeepsAByteOrderMark_data()
+{
+    QTest::addColumn<QString>("encoding");
+    QTest::addColumn<QString>("bytes"); // U+FEFF and q
+
+    QTest::newRow("UTF-8") << "UTF-8"
+                           << "X'EFBBBF71'";
+    QTest::newRow("UTF-16le") << "UTF-16le"
+                              << "X'FFFE7100'";
+    QTest::newRow("UTF-16be") << "UTF-16be"
+                              << "X'FEFF0071'";
+    QTest::newRow("UTF-16le, swapped") << "UTF-16le"
+                                       << "X'FEFF7100'";
+    QTest::newRow("UTF-16be, swapped") << "UTF-16be"
+                                       << "X'FFFE0071'";
+}
+
+void TestEngineOperations::copyTableKeepsAByteOrderMark()
+{
+    QFETCH(QString, encoding);
+    QFETCH(QString, bytes);
+    const TestDatabase database;
+    database.execute({"pragma encoding='" + encoding + '\'', versionTable,
+                      "create table source(value text)",
+                      "insert into source values(cast(" + bytes + " as text))",
+                      "create table target(value text)"});
+
+    const Outcome outcome = runStep(database, [](StepUpdater &step) {
+        return step.copyTable("source", "target", {}, {}, [](QSqlRecord & /*row*/) {});
+    });
+
+    QVERIFY(outcome.result);
+    QCOMPARE(database.rows("select cast(value as blob) from target"), QStringList{bytes});
 }
 
 /// Shows: OPS-2
