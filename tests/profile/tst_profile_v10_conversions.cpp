@@ -225,6 +225,8 @@ void TestProfileV10Conversions::fillsAVariable_data()
                                          << "NULL";
     QTest::newRow("no name") << "1, null"
                              << "NULL";
+    QTest::newRow("a byte order mark before the name") << "1, char(65279) || 'ISI'"
+                                                       << "NULL";
     QTest::newRow("SQL") << "1, 'x'' or 1=1 --'"
                          << "NULL";
 }

@@ -545,6 +545,8 @@ void TestProfileV10Curves::skipsACurveWithoutACalibration_data()
                          << R"("A' or '1'='1")";
     QTest::newRow("a pattern") << "%"
                                << R"("%")";
+    QTest::newRow("a byte order mark")
+        << QChar(QChar::ByteOrderMark) + QString("A") << R"("\uFEFFA")";
 }
 
 /// Shows: CUR-2

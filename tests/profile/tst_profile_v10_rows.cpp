@@ -104,6 +104,9 @@ void TestProfileV10Rows::makesReagentIdsUnique_data()
     QTest::newRow("apostrophes and place markers")
         << QStringList{"(1, 'O''N %1 %2', 'a')", "(2, 'O''N %1 %2', 'b')"}
         << QStringList{"'O''N %1 %2'", "'O''N %1 %2(2)'"};
+    QTest::newRow("a byte order mark")
+        << QStringList{"(1, char(65279) || 'A', 'a')", "(2, char(65279) || 'A', 'b')"}
+        << QStringList{"'\ufeffA'", "'\ufeffA(2)'"};
 }
 
 /// Shows: PRO-2
