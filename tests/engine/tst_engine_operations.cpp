@@ -191,15 +191,18 @@ void TestEngineOperations::execRunsAStatement()
 void TestEngineOperations::execBindsValuesByName()
 {
     const TestDatabase database;
-    database.execute({versionTable, "create table made(a, b, c, d, e)"});
+    database.execute({versionTable, "create table made(a, b, c, d, e, f)"});
 
     const Outcome outcome = runStep(database, [](StepUpdater &step) {
-        return step.exec(SOURCE_LINE, "insert into made values(:b, :a, :b, :c, ':a')",
-                         {{":a", "O'Neill"}, {":b", 3}, {":c", QVariant()}});
+        return step.exec(SOURCE_LINE, "insert into made values(:b, :a, :b, :c, ':a', :d)",
+                         {{":a", "O'Neill"},
+                          {":b", 3},
+                          {":c", QVariant()},
+                          {":d", QString(QChar::ByteOrderMark)}});
     });
 
     QVERIFY(outcome.result);
-    QCOMPARE(database.table("made"), QStringList{"3, 'O''Neill', 3, NULL, ':a'"});
+    QCOMPARE(database.table("made"), QStringList{"3, 'O''Neill', 3, NULL, ':a', '\ufeff'"});
 }
 
 /// Shows: LOG-4
@@ -418,7 +421,7 @@ void TestEngineOperations::copyTableKeepsInvalidText()
 void TestEngineOperations::copyTableKeepsAByteOrderMark_data()
 {
     QTest::addColumn<QString>("encoding");
-    QTest::addColumn<QString>("bytes"); // U+FEFF and q
+    QTest::addColumn<QString>("bytes"); // U+FEFF and q; swapped: U+FFFE and q
 
     QTest::newRow("UTF-8") << "UTF-8"
                            << "X'EFBBBF71'";
@@ -432,6 +435,7 @@ void TestEngineOperations::copyTableKeepsAByteOrderMark_data()
                                        << "X'FFFE0071'";
 }
 
+/// Shows: OPS-2
 void TestEngineOperations::copyTableKeepsAByteOrderMark()
 {
     QFETCH(QString, encoding);
