@@ -3,6 +3,7 @@
 
 #include "coagulation/vardo/execute.h"
 
+#include <QSqlField>
 #include <QSqlQuery>
 
 #include <algorithm>
@@ -72,6 +73,20 @@ QVariant valueIn(const QSqlQuery &row, int column)
     const bool isEmptyBlob =
         value.typeId() == QMetaType::QByteArray && !value.isNull() && value.toByteArray().isNull();
     return isEmptyBlob ? QVariant(QByteArray("")) : value;
+}
+
+QSqlRecord currentRow(const QSqlQuery &query, const QStringList &columns)
+{
+    const QSqlRecord unnamed = query.record();
+    QSqlRecord row;
+    for (int i = 0; i < unnamed.count(); ++i) {
+        QSqlField field = unnamed.field(i);
+        if (columns.size() == unnamed.count())
+            field.setName(columns.at(i));
+        field.setValue(valueIn(query, i));
+        row.append(field);
+    }
+    return row;
 }
 
 QVariant bindable(const QVariant &value)

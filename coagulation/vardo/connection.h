@@ -3,6 +3,8 @@
 
 #include <QSqlDatabase>
 #include <QSqlError>
+#include <QSqlRecord>
+#include <QStringList>
 #include <QVariant>
 
 class QSqlQuery;
@@ -18,6 +20,12 @@ QString quoted(QString name);
 /// \return the value in a column of a query's row, with an empty blob as it is stored: the driver reads one as a
 ///         null byte array, and would write that as null
 QVariant valueIn(const QSqlQuery &row, int column);
+
+/// The driver's own names of columns lack quotation marks and brackets. They are empty if there was no memory for them,
+/// and SQLite does not report this.
+/// \param columns of the table that the query selects all of, in their order; ignored unless there is one for each
+/// \return the row that a query is on, with these names
+QSqlRecord currentRow(const QSqlQuery &query, const QStringList &columns);
 
 /// \return a value as it has to be bound to be stored as it is: SQLite leaves out a byte order mark (U+FEFF) at the
 ///         beginning of a text, and takes U+FFFE for a swapped one

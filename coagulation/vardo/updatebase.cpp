@@ -42,17 +42,6 @@ QMap<int, QMetaMethod> findSteps(const QMetaObject &metaObject)
     return steps;
 }
 
-/// \param names of the columns, in their order; ignored unless there is one for each
-QSqlRecord withNames(QSqlRecord record, const QStringList &names)
-{
-    for (int i = 0; i < record.count() && names.size() == record.count(); ++i) {
-        QSqlField field = record.field(i);
-        field.setName(names.at(i));
-        record.replace(i, field);
-    }
-    return record;
-}
-
 QSqlRecord withoutColumns(QSqlRecord record, const QStringList &columns)
 {
     for (const QString &column : columns)
@@ -68,14 +57,6 @@ void setDefaults(QSqlRecord &row, const QSqlRecord &defaults)
         else
             row.append(defaults.field(i));
     }
-}
-
-QSqlRecord currentRow(const QSqlQuery &query)
-{
-    QSqlRecord row = query.record();
-    for (int i = 0; i < row.count(); ++i)
-        row.setValue(i, valueIn(query, i));
-    return row;
 }
 
 /// \param insert used for all rows of a table, since preparing costs more than inserting
@@ -405,11 +386,11 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
         return !typesOf(from).contains("table") && verifyTransaction();
     }
     if (adjust)
-        return copyAdjustedRows(rows, to, defaults, excluded, adjust);
+        return copyAdjustedRows(rows, columnsOf(from), to, defaults, excluded, adjust);
     if (!rows.next())
         return true;
 
-    QSqlRecord row = withoutColumns(withNames(rows.record(), columnsOf(from)), excluded);
+    QSqlRecord row = withoutColumns(currentRow(rows, columnsOf(from)), excluded);
     setDefaults(row, defaults);
     rows.finish();
     if (!verifyTransaction())
@@ -444,13 +425,13 @@ bool UpdateBase::copyTable(const QString &from, const QString &to, const QSqlRec
     return inserted;
 }
 
-bool UpdateBase::copyAdjustedRows(QSqlQuery &rows, const QString &to, const QSqlRecord &defaults,
-                                  const QStringList &excluded,
+bool UpdateBase::copyAdjustedRows(QSqlQuery &rows, const QStringList &columns, const QString &to,
+                                  const QSqlRecord &defaults, const QStringList &excluded,
                                   const std::function<void(QSqlRecord &)> &adjust)
 {
     QSqlQuery insert;
     return readRows(rows, SOURCE_LINE, [&] {
-        QSqlRecord row = withoutColumns(currentRow(rows), excluded);
+        QSqlRecord row = withoutColumns(currentRow(rows, columns), excluded);
         setDefaults(row, defaults);
         adjust(row);
         if (!verifyTransaction())

@@ -105,6 +105,10 @@ protected:
     [[nodiscard]] bool readRows(QSqlQuery &query, const char *sourceFile, int line,
                                 const std::function<bool()> &row);
 
+    /// \return the columns of a table or view, named as they are, for currentRow(). After a failure some are missing,
+    ///         and the run is abandoned.
+    [[nodiscard]] QStringList columnsOf(const QString &table);
+
     /// Inserts every row of a table into another one, in the order of the rows. Columns are matched by
     /// name, upper or lower case.
     /// \param defaults columns with the value that each inserted row gets, whether or not `from` has
@@ -177,9 +181,6 @@ private:
     /// SQLite reports this only when the query is finished, and the driver does not pass it on.
     /// \return false when the run was abandoned, now or before
     [[nodiscard]] bool verifyTransaction();
-    /// \return the columns of a table or view, named as they are: the driver leaves out quotation marks and
-    ///         brackets around a name
-    [[nodiscard]] QStringList columnsOf(const QString &table);
     /// \return the types of what the schema has under that name, upper or lower case: "table", "index",
     ///         "view" or "trigger", mostly one or none
     [[nodiscard]] QStringList typesOf(const QString &name);
@@ -187,8 +188,9 @@ private:
     [[nodiscard]] QStringList namesFrom(const QString &sql);
     /// \return true, too, if this cannot be found out
     [[nodiscard]] bool mayHoldDecimals(const QString &table, const QStringList &columns);
-    [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QString &to,
-                                        const QSqlRecord &defaults, const QStringList &excluded,
+    [[nodiscard]] bool copyAdjustedRows(QSqlQuery &rows, const QStringList &columns,
+                                        const QString &to, const QSqlRecord &defaults,
+                                        const QStringList &excluded,
                                         const std::function<void(QSqlRecord &)> &adjust);
 
     QString filePath;             ///< absolute

@@ -108,8 +108,9 @@ bool UpdateProfile::moveLimitsToItems()
         logUnlessContentError(checks, SOURCE_LINE);
         return false;
     }
+    const QStringList columns = columnsOf("dataCheck");
     return readRows(checks, SOURCE_LINE, [&] {
-        const QSqlRecord check = checks.record();
+        const QSqlRecord check = currentRow(checks, columns);
         if (check.value("assayTemplateId").toString().isEmpty())
             return true;
         const QString templateId = numberText(check.value("assayTemplateId"));

@@ -51,7 +51,9 @@ const bool installed = [] {
     sqlite3_mem_methods methods = real;
     methods.xMalloc = allocate;
     methods.xRealloc = reallocate;
-    return sqlite3_config(SQLITE_CONFIG_MALLOC, &methods) == SQLITE_OK;
+    // Without memory set aside for small requests, each is one that may fail.
+    return sqlite3_config(SQLITE_CONFIG_MALLOC, &methods) == SQLITE_OK
+        && sqlite3_config(SQLITE_CONFIG_LOOKASIDE, 0, 0) == SQLITE_OK;
 }();
 
 } // namespace

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 /// An upgrade in which each of SQLite's requests for memory fails once.
 
+#include "coagulation/vardo/connection.h"
 #include "driversqlite.h"
+#include "failingmemory.h"
 #include "messagerecorder.h"
 #include "stepupdater.h"
 #include "testdatabase.h"
@@ -16,27 +18,6 @@
 using Operation = std::function<void(StepUpdater &)>;
 Q_DECLARE_METATYPE(Operation)
 
-namespace {
-
-// What SQLite would call by itself, and how many requests are fulfilled before one is not; SQLite takes
-// plain functions.
-// NOLINTNEXTLINE(*-avoid-non-const-global-variables)
-sqlite3_mem_methods real;
-// NOLINTNEXTLINE(*-avoid-non-const-global-variables)
-int fulfilled = -1; ///< below 0: all are
-
-void *allocate(int size)
-{
-    return fulfilled-- == 0 ? nullptr : real.xMalloc(size);
-}
-
-void *reallocate(void *memory, int size)
-{
-    return fulfilled-- == 0 ? nullptr : real.xRealloc(memory, size);
-}
-
-} // namespace
-
 class TestEngineMemory : public QObject {
     Q_OBJECT
 
@@ -48,11 +29,7 @@ private slots:
 
 void TestEngineMemory::initTestCase()
 {
-    QCOMPARE(sqlite3_config(SQLITE_CONFIG_GETMALLOC, &real), SQLITE_OK);
-    sqlite3_mem_methods methods = real;
-    methods.xMalloc = allocate;
-    methods.xRealloc = reallocate;
-    QCOMPARE(sqlite3_config(SQLITE_CONFIG_MALLOC, &methods), SQLITE_OK);
+    QVERIFY(failingmemory::install());
     // Not earlier: a SQLite in use takes no other allocator.
     if (const QString other = otherSqliteInDriver(sqlite3_sourceid()); !other.isEmpty())
         QSKIP(qUtf8Printable(other));
@@ -61,28 +38,48 @@ void TestEngineMemory::initTestCase()
 void TestEngineMemory::changesAllOrNothing_data()
 {
     QTest::addColumn<Operation>("operation");
+    QTest::addColumn<QStringList>("copies");
 
-    QTest::newRow("in a statement that fails") << Operation(
-        [](StepUpdater &step) { step.tryAll({SQL("insert into missing values(1)")}); });
-    QTest::newRow("in a statement that changes nothing") << Operation(
-        [](StepUpdater &step) { step.tryAll({SQL("delete from kept where a > 90")}); });
+    const QStringList both = {"'one'", "'two'"};
+
+    QTest::newRow("in a statement that fails")
+        << Operation([](StepUpdater &step) { step.tryAll({SQL("insert into missing values(1)")}); })
+        << QStringList();
+    QTest::newRow("in a statement that changes nothing")
+        << Operation([](StepUpdater &step) { step.tryAll({SQL("delete from kept where a > 90")}); })
+        << QStringList();
     QTest::newRow("in a statement that fails halfway") << Operation([](StepUpdater &step) {
         step.tryAll({SQL("insert or fail into kept select a + 1 from kept order by a desc")});
-    });
+    }) << QStringList();
     QTest::newRow("while a table is copied")
-        << Operation([](StepUpdater &step) { (void)step.copyTable("texts", "copies"); });
+        << Operation([](StepUpdater &step) { (void)step.copyTable("texts", "copies"); }) << both;
+    QTest::newRow("while changed rows are copied") << Operation([](StepUpdater &step) {
+        (void)step.copyTable("texts", "copies", {}, {}, [](QSqlRecord &row) {
+            row.setValue("a", row.value("a").toString().toUpper());
+        });
+    }) << QStringList({"'ONE'", "'TWO'"});
+    QTest::newRow("while columns are read by their names") << Operation([](StepUpdater &step) {
+        QSqlQuery texts("select * from texts");
+        const QStringList columns = step.columnsOf("texts");
+        (void)step.readRows(texts, SOURCE_LINE, [&] {
+            const QSqlRecord row = coagulation::currentRow(texts, columns);
+            return !row.contains("a")
+                || step.exec(SOURCE_LINE, "insert into copies values(:a)",
+                             {{":a", row.value("a")}});
+        });
+    }) << both;
     QTest::newRow("while rows are read") << Operation([](StepUpdater &step) {
         QSqlQuery texts("select a from texts");
         (void)step.readRows(texts, SOURCE_LINE, [] { return true; });
-    });
+    }) << QStringList();
     QTest::newRow("while the reading of rows is ended early") << Operation([](StepUpdater &step) {
         QSqlQuery texts("select a from texts");
         (void)step.readRows(texts, SOURCE_LINE, [] { return false; });
-    });
+    }) << QStringList();
     QTest::newRow("while the first row is read") << Operation([](StepUpdater &) {
         QSqlQuery texts("select a from texts");
         texts.next();
-    });
+    }) << QStringList();
 }
 
 /// Also when memory ends within what the engine or the driver asks of SQLite by themselves.
@@ -90,6 +87,7 @@ void TestEngineMemory::changesAllOrNothing_data()
 void TestEngineMemory::changesAllOrNothing()
 {
     QFETCH(Operation, operation);
+    QFETCH(QStringList, copies);
 
     int rolledBack = 0;
     bool met = true;
@@ -103,16 +101,16 @@ void TestEngineMemory::changesAllOrNothing()
         const MessageRecorder recorder;
         StepUpdater updater(database.path(), [&](StepUpdater &step) {
             step.tryAll({SQL("insert into kept values(10)")});
-            fulfilled = request;
+            failingmemory::failAfter(request);
             operation(step);
-            met = fulfilled < 0;
-            fulfilled = -1;
+            met = failingmemory::stop();
             step.tryAll({SQL("insert into kept values(11)")});
             return step.execAll({SQL("insert into kept values(12)")});
         });
         if (updater.run()) {
             QCOMPARE(database.rows("select a from kept where a >= 10"),
                      QStringList({"10", "11", "12"}));
+            QCOMPARE(database.rows("select a from copies order by rowid"), copies);
         } else {
             QCOMPARE(database.bytes(), before);
             QVERIFY(!recorder.messages().filter("memory").isEmpty());

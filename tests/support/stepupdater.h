@@ -14,6 +14,7 @@ public:
     {
     }
 
+    using UpdateBase::columnsOf;
     using UpdateBase::copyTable;
     using UpdateBase::countRows;
     using UpdateBase::exec;
