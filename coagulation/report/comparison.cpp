@@ -6,6 +6,7 @@
 #include "coagulation/report/integrity.h"
 #include "coagulation/report/tablecomparison.h"
 #include "coagulation/report/unexpectedrows.h"
+#include "coagulation/vardo/damagecheck.h"
 #include "coagulation/vardo/updatedata.h"
 #include "coagulation/vardo/updateprofile.h"
 #include "coagulation/vardo/updateqc.h"
@@ -24,13 +25,27 @@ namespace {
 
 using Entries = QMap<QString, SchemaEntry>;
 
-std::optional<int> versionIn(const DatabasePair &databases, const char *schema)
+/// Facts that could not be read must not look like facts that are not there.
+void noteFailure(DatabaseFacts &facts, const Questions &questions)
+{
+    if (!facts.problem.isEmpty() || !questions.failed())
+        return;
+    facts.problem = "One of the databases " + questions.predicate() + '.';
+    facts.unreadable = saysNothingOfTheContent(questions.error());
+}
+
+/// A table `version` that lacks a column of this name counts as none.
+std::optional<int> versionIn(const DatabasePair &databases, const char *schema,
+                             DatabaseFacts &facts)
 {
     Questions questions(databases.connection());
-    if (!hasPlainTable(questions, schema, "version"))
-        return std::nullopt;
-    const QVariant version = questions.value(
-        QString(R"(select version from "%1".version order by version desc limit 1)").arg(schema));
+    QVariant version;
+    if (hasPlainTable(questions, schema, "version"))
+        version = questions.value(
+            QString(R"(select version from "%1".version order by version desc limit 1)")
+                .arg(schema));
+    if (saysNothingOfTheContent(questions.error()))
+        noteFailure(facts, questions);
     return version.isNull() ? std::nullopt : std::optional(version.toInt());
 }
 
@@ -104,12 +119,14 @@ bool compareTables(DatabaseFacts &facts, const ComparisonContext &context,
     return true;
 }
 
-void addProfileFacts(DatabaseFacts &facts, const QSqlDatabase &connection)
+void addProfileFacts(DatabaseFacts &facts, Questions &questions)
 {
-    facts.curves = refittedCurves(connection);
-    facts.otherInvalidCurves = otherInvalidCurves(connection, facts.curves);
-    facts.methodChanges = methodChanges(connection);
-    facts.unexpectedRows = unexpectedRows(connection, facts);
+    facts.curves = refittedCurves(questions);
+    facts.otherInvalidCurves = otherInvalidCurves(questions, facts.curves);
+    facts.methodChanges = methodChanges(questions);
+    facts.unexpectedRows = unexpectedRows(questions, facts);
+    if (!isDamage(questions.error())) // which is found in the tables, too
+        noteFailure(facts, questions);
 }
 
 void compareContents(DatabaseFacts &facts, const QSqlDatabase &connection,
@@ -126,11 +143,11 @@ void compareContents(DatabaseFacts &facts, const QSqlDatabase &connection,
     const Literals literals(textEncoding(questions));
     const ComparisonContext context{connection, literals, options, facts.name == "profile"};
     if (questions.failed())
-        facts.problem = "One of the databases " + questions.predicate() + '.';
+        noteFailure(facts, questions);
     else if (!compareTables(facts, context, entriesBefore, entriesAfter, progress))
         facts.problem = "The comparison was stopped.";
     else if (facts.name == "profile")
-        addProfileFacts(facts, connection);
+        addProfileFacts(facts, questions);
 }
 
 } // namespace
@@ -144,12 +161,13 @@ void compare(DatabaseFacts &facts, const QString &before, const QString &after,
     facts.unreadable = databases.isUnreadable();
     if (!facts.problem.isEmpty())
         return;
-    facts.versionBefore = versionIn(databases, schemaBefore);
     IntegrityCheck checkBefore(before, "integrity before");
     facts.problem = databases.openAfter(after);
     facts.unreadable = databases.isUnreadable();
-    if (facts.problem.isEmpty()) {
-        facts.versionAfter = versionIn(databases, schemaAfter);
+    const bool bothAreOpen = facts.problem.isEmpty();
+    facts.versionBefore = versionIn(databases, schemaBefore, facts);
+    if (bothAreOpen) {
+        facts.versionAfter = versionIn(databases, schemaAfter, facts);
         IntegrityCheck checkAfter(after, "integrity after");
         compareContents(facts, databases.connection(), options, progress);
         facts.integrityAfter = checkAfter.finding();

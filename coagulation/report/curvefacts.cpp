@@ -7,7 +7,6 @@
 
 #include <QHash>
 #include <QSet>
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
 
@@ -168,9 +167,8 @@ void readPoints(Questions &questions, QHash<qint64, CurveFacts> &curves)
 
 } // namespace
 
-QList<CurveFacts> refittedCurves(const QSqlDatabase &connection)
+QList<CurveFacts> refittedCurves(Questions &questions)
 {
-    Questions questions(connection);
     QHash<qint64, CurveFacts> curves = readCurves(questions);
     if (curves.isEmpty())
         return {};
@@ -187,9 +185,8 @@ QList<CurveFacts> refittedCurves(const QSqlDatabase &connection)
     return inOrder;
 }
 
-QStringList otherInvalidCurves(const QSqlDatabase &connection, const QList<CurveFacts> &refitted)
+QStringList otherInvalidCurves(Questions &questions, const QList<CurveFacts> &refitted)
 {
-    Questions questions(connection);
     const Terms curve(questions, schemaAfter, "curve");
     QStringList names;
     if (!curve.has("id") || !curve.has("valid"))
@@ -208,9 +205,8 @@ QStringList otherInvalidCurves(const QSqlDatabase &connection, const QList<Curve
     return names;
 }
 
-QList<MethodChange> methodChanges(const QSqlDatabase &connection)
+QList<MethodChange> methodChanges(Questions &questions)
 {
-    Questions questions(connection);
     QList<MethodChange> changes;
     for (const char *schema : {schemaBefore, schemaAfter}) {
         const Terms calibration(questions, schema, "assayCalibration");

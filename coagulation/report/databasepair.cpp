@@ -70,9 +70,9 @@ QString DatabasePair::openAfter(const QString &path)
                               : QString();
 }
 
-bool DatabasePair::isUnreadable() const
+bool saysNothingOfTheContent(const QSqlError &error)
 {
-    return isEnvironmentError(refusal) && !isDamage(refusal);
+    return isEnvironmentError(error) && !isDamage(error);
 }
 
 QString predicateOf(const QSqlError &error)
@@ -108,8 +108,12 @@ bool Questions::ask(const QString &sql, const QVariantList &values,
     bool goOn = done;
     while (goOn && query.next())
         goOn = row(query);
-    if (!done || (goOn && query.lastError().isValid())) {
-        firstError = query.lastError();
+    // Only a further step shows that there was no memory for a text of the last row, which is empty then.
+    if (done && !goOn)
+        query.next();
+    const QSqlError error = query.lastError();
+    if (!done || (error.isValid() && (goOn || isEnvironmentError(error)))) {
+        firstError = error;
         failure = predicateOf(firstError);
     }
     return !failed();

@@ -18,6 +18,9 @@ namespace coagulation::report {
 constexpr const char *schemaBefore = "main";
 constexpr const char *schemaAfter = "after";
 
+/// \return true if a question failed since the file is locked, the user may not read it, or there is no memory
+bool saysNothingOfTheContent(const QSqlError &error);
+
 /// Both databases, open for reading, as long as this lives. Nothing writes to them, and no function that a
 /// schema names is called unless it is harmless.
 class DatabasePair {
@@ -34,7 +37,7 @@ public:
     QString openAfter(const QString &path);
 
     /// \return whether a database was not opened since it is locked, or the user may not read it
-    bool isUnreadable() const;
+    bool isUnreadable() const { return saysNothingOfTheContent(refusal); }
 
     const QSqlDatabase &connection() const { return database; }
 

@@ -6,7 +6,6 @@
 #include "coagulation/report/settingnames.h"
 #include "coagulation/report/tablelayout.h"
 
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
 
@@ -21,8 +20,8 @@ using Kind = UnexpectedRow::Kind;
 
 class Finder {
 public:
-    Finder(const QSqlDatabase &connection, const DatabaseFacts &facts)
-        : questions(connection)
+    Finder(Questions &asked, const DatabaseFacts &facts)
+        : questions(asked)
         , database(facts)
     {
     }
@@ -47,7 +46,7 @@ private:
     void addOldSettingNames();
     void addCurvesWithoutExpiry();
 
-    Questions questions;
+    Questions &questions;
     const DatabaseFacts &database;
     QList<UnexpectedRow> rows{};
 };
@@ -195,9 +194,9 @@ const QMap<int, QString> &factoryAssays()
     return assays;
 }
 
-QList<UnexpectedRow> unexpectedRows(const QSqlDatabase &connection, const DatabaseFacts &database)
+QList<UnexpectedRow> unexpectedRows(Questions &questions, const DatabaseFacts &database)
 {
-    return Finder(connection, database).found();
+    return Finder(questions, database).found();
 }
 
 } // namespace coagulation::report

@@ -5,16 +5,16 @@
 
 #include <QMap>
 
-class QSqlDatabase;
-
 namespace coagulation::report {
+
+class Questions;
 
 /// \return the names of the assays that the steps add to every profile database, by their numbers
 const QMap<int, QString> &factoryAssays();
 
 /// Finds the rows of a profile database that the steps did not expect. What a layout lacks is not asked for.
-/// \param connection with the database before as main, and the one after attached as `after`
+/// \param questions to a connection with the database before as main, and the one after attached as `after`
 /// \param database with both versions
-QList<UnexpectedRow> unexpectedRows(const QSqlDatabase &connection, const DatabaseFacts &database);
+QList<UnexpectedRow> unexpectedRows(Questions &questions, const DatabaseFacts &database);
 
 } // namespace coagulation::report

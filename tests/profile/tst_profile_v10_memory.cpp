@@ -15,43 +15,6 @@
 
 #include <sqlite3.h>
 
-namespace {
-
-/// The statement during which a request fails.
-struct Window {
-    QByteArray begin;             ///< of the statement's text
-    int fulfilled = 0;            ///< requests that are fulfilled before
-    sqlite3_stmt *open = nullptr; ///< the statement once it has begun
-    bool ended = false;
-    bool refused = false;
-};
-
-Window &window()
-{
-    static Window window;
-    return window;
-}
-
-int trace(unsigned event, void * /*context*/, void *statement, void *text)
-{
-    if (event == SQLITE_TRACE_STMT && window().open == nullptr
-        && QByteArrayView(static_cast<const char *>(text)).startsWith(window().begin)) {
-        window().open = static_cast<sqlite3_stmt *>(statement);
-        failingmemory::failAfter(window().fulfilled);
-    } else if (event == SQLITE_TRACE_PROFILE && statement == window().open && !window().ended) {
-        window().ended = true;
-        window().refused = failingmemory::stop();
-    }
-    return 0;
-}
-
-int traceConnection(sqlite3 *opened, char ** /*message*/, const sqlite3_api_routines * /*api*/)
-{
-    return sqlite3_trace_v2(opened, SQLITE_TRACE_STMT | SQLITE_TRACE_PROFILE, trace, nullptr);
-}
-
-} // namespace
-
 class TestProfileV10Memory : public QObject {
     Q_OBJECT
 
@@ -98,21 +61,17 @@ void TestProfileV10Memory::keepsAllValuesOrNone()
     QVERIFY(upgrade(undisturbed));
     const QStringList newContent = withToday(undisturbed.content());
 
-    // NOLINTNEXTLINE: SQLite's own idiom
-    const auto extension = reinterpret_cast<void (*)()>(traceConnection);
     int rolledBack = 0;
     bool refused = true;
-    constexpr int beginning = 150; // the columns and the first row; later requests are much alike
-    for (int fulfilled = 0; refused; fulfilled += fulfilled < beginning ? 1 : 10) {
+    constexpr int beginning = 100; // the columns and the first row; later requests are much alike
+    for (int fulfilled = 0; refused; fulfilled += fulfilled < beginning ? 1 : 25) {
         const TestDatabase database("profile.db");
         writeFile(database.path(), old.bytes());
-        window() = {.begin = statement, .fulfilled = fulfilled};
-        sqlite3_auto_extension(extension);
+        const failingmemory::DuringStatement failure(statement, fulfilled);
         const bool upgraded = upgrade(database);
-        sqlite3_cancel_auto_extension(extension);
+        QVERIFY(failure.hasEnded());
+        refused = failure.wasRefused();
         QCOMPARE(withToday(database.content()), upgraded ? newContent : oldContent);
-        QVERIFY(window().ended);
-        refused = window().refused;
         rolledBack += upgraded ? 0 : 1;
     }
     QVERIFY(rolledBack > 0);

@@ -17,6 +17,7 @@ private slots:
     void readsACurve();
     void readsOldAndOddLayouts_data();
     void readsOldAndOddLayouts();
+    void tellsThatCalibrationsCannotBeRead();
     void namesOtherInvalidCurves();
     void findsOtherMethods_data();
     void findsOtherMethods();
@@ -147,6 +148,28 @@ void TestCurveFacts::readsOldAndOddLayouts()
     QVERIFY(curves.first().points.isEmpty());
     QVERIFY(!curves.first().method);
     QVERIFY(!curves.first().largestDifference);
+}
+
+/// Shows: REP-12
+void TestCurveFacts::tellsThatCalibrationsCannotBeRead()
+{
+    const QStringList statements = {
+        curveTable, curveRow,
+        "create table assayCalibration(name text, method integer, dispX text, dispY text)",
+        "pragma writable_schema=on",
+        "update sqlite_master set sql = replace(sql, 'name text,', 'name text collate another,')"
+        " where name = 'assayCalibration'"};
+    const TestDatabase before;
+    before.execute(statements);
+    const TestDatabase after;
+    after.execute(statements + QStringList{"update curve set valid = 1"});
+
+    const DatabaseFacts facts = compared(before, after, "profile");
+
+    QCOMPARE(facts.problem,
+             "One of the databases cannot be read: no such collation sequence: another.");
+    QVERIFY(!facts.unreadable);
+    QCOMPARE(facts.curves.size(), 1);
 }
 
 void TestCurveFacts::namesOtherInvalidCurves()
