@@ -29,6 +29,14 @@ int strideOf(Writing writing)
     return writing == Writing::AtCommit ? 1 : 5;
 }
 
+/// \return by what factor the number of a request for memory that is to fail grows
+double strideOfRequests(const QString &fault)
+{
+    if (walksAll())
+        return fault == faultyfiles::noMemoryOnce ? 1 : 1.003; // there are 100,000 requests
+    return DisturbedUpgrade::isSanitized() ? 1.3 : 1.1;
+}
+
 /// \return the warnings of a log, but for those of databases that are not there
 QStringList reasons(const QStringList &log)
 {
@@ -175,8 +183,7 @@ void TestFaults::sqliteWithoutMemory()
     QFETCH(QString, fault);
     DisturbedUpgrade upgrade(database, Writing::AtCommit, VARDO);
     QProcessEnvironment environment = faultyEnvironment(upgrade, FAULTYMEMORY, fault);
-    const double ordinary = DisturbedUpgrade::isSanitized() ? 1.3 : 1.1;
-    const double stride = walksAll() ? 1.003 : ordinary; // there are 100,000 requests
+    const double stride = strideOfRequests(fault);
     int faults = 0;
     QString broken;
     for (double call = 1; broken.isEmpty(); call = std::max(call + 1, call * stride), ++faults)
