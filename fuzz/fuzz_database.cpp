@@ -69,6 +69,24 @@ private:
                 || before.run("select version from version") == SQLITE_OK);
     }
 
+    /// Where an index needs a collation that SQLite lacks, vardo sees no damage between tables. The connections of this
+    /// program have a stand-in for such collations.
+    static bool hidesDamage(const Sqlite &before, const QByteArrayList &findings)
+    {
+        const bool damaged =
+            std::any_of(findings.begin(), findings.end(), [](const QByteArray &finding) {
+                return finding != "ok" && !finding.contains(" value in ")
+                    && !finding.startsWith("CHECK constraint failed in ");
+            });
+        return damaged
+            && !before
+                    .column(
+                        "select 1 from sqlite_master as entry, pragma_index_list(entry.name) as list,"
+                        " pragma_index_xinfo(list.name) as part"
+                        " where upper(part.coll) not in ('BINARY', 'NOCASE', 'RTRIM')")
+                    .isEmpty();
+    }
+
     void judgeUpgrade() const
     {
         const Sqlite before(settled);
@@ -79,9 +97,11 @@ private:
         require(isNewest(after) || !canStoreVersion(before),
                 "the next run finds the newest version");
         const QByteArrayList known = before.findings();
-        for (const QByteArray &finding : after.findings())
-            require(finding == "ok" || known.contains(finding),
-                    "this is no new damage: " + finding);
+        if (!hidesDamage(before, known)) {
+            for (const QByteArray &finding : after.findings())
+                require(finding == "ok" || known.contains(finding),
+                        "this is no new damage: " + finding);
+        }
         if (hasTriggersOfTheSampleOnly())
             requireRows(before, after);
     }

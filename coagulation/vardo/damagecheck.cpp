@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlError>
+#include <QStringList>
 
 #include <utility>
 
@@ -124,7 +125,7 @@ void checkSchema(const QSqlDatabase &connection, DamageReport &report)
 
 void lookForQuotingIndexes(const QSqlDatabase &connection, DamageReport &report)
 {
-    report.quotingTables =
+    const QStringList tables =
         namesFrom(connection,
                   "select tbl_name from sqlite_master as entry where instr(sql, '\"') and ("
                   "(type = 'index' and (instr(lower(sql), 'where')"
@@ -134,6 +135,35 @@ void lookForQuotingIndexes(const QSqlDatabase &connection, DamageReport &report)
                   " and exists (select 1 from pragma_table_xinfo(entry.name)"
                   " where hidden = 2)))", // a generated column that is not stored
                   report);
+    for (const QString &table : tables)
+        report.endangered.insert(table, "an index of which has double quotes");
+}
+
+/// What the check of a table would have found: when a statement writes such a value once more, the value becomes one of
+/// its column's type, and an index that holds it does not change.
+bool holdsOddValues(const QSqlDatabase &connection, const QString &table, DamageReport &report)
+{
+    const QString literal = '\'' + QString(table).replace('\'', "''") + '\'';
+    const QStringList conditions = namesFrom(connection,
+                                             QString(R"(
+select case
+        when type like '%int%' or not (type like '%char%' or type like '%clob%' or type like '%text%')
+        then printf('typeof("%w") = ''text'' and "%w" || '''' = cast("%w" as numeric)', name, name, name)
+        else printf('typeof("%w") in (''integer'', ''real'')', name)
+    end
+from pragma_table_xinfo(%1) as entry
+where hidden in (0, 3) and type <> '' and type not like '%blob%'
+    and exists (select 1 from pragma_index_list(%1) as list, pragma_index_xinfo(list.name) as part
+        where part.name = entry.name or part.cid = -2 or list.partial))")
+                                                 .arg(literal),
+                                             report);
+    if (conditions.isEmpty())
+        return false;
+    return !namesFrom(connection,
+                      QString("select 1 from %1 where %2 limit 1")
+                          .arg(quoted(table), conditions.join(" or ")),
+                      report)
+                .isEmpty();
 }
 
 } // namespace
@@ -146,6 +176,12 @@ DamageReport checkForDamage(const QSqlDatabase &connection)
         checkSchema(connection, report);
     if (report.damage.isEmpty() && !report.failure)
         lookForQuotingIndexes(connection, report);
+    const QStringList unchecked = report.unchecked.keys();
+    for (const QString &table : unchecked) {
+        if (!report.failure && holdsOddValues(connection, table, report))
+            report.endangered.insert(table,
+                                     "which has values that are not of their columns' types");
+    }
     return report;
 }
 

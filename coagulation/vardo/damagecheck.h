@@ -4,7 +4,6 @@
 #include <QMap>
 #include <QSqlQuery>
 #include <QString>
-#include <QStringList>
 
 #include <optional>
 
@@ -26,10 +25,11 @@ struct DamageReport {
     QString damage;
     /// Some values break a constraint or are not of their columns' types.
     bool hasOddValues = false;
-    /// Tables with an index that may be about a name in double quotes, or with a generated column that may be, which
-    /// may have an index. SQLite takes such a name for a text while no column has it: a new column of this name would
-    /// change what the index is about, but not what it holds.
-    QStringList quotingTables{};
+    /// Tables of which a step may spoil an index, each with a clause that says why. There may be an index on a name in
+    /// double quotes: SQLite takes such a name for a text while no column has it, and a new column of this name would
+    /// change what the index is about, but not what it holds. Or the table could not be checked, and holds values in an
+    /// index that are not of their columns' types.
+    QMap<QString, QString> endangered{};
     /// Tables that SQLite could not check, with its reason, for example a collation of another program's.
     QMap<QString, QString> unchecked{};
     /// Set when the check of everything could not be carried out.

@@ -239,13 +239,13 @@ bool UpdateBase::passesDamageCheck(Moment moment)
     const DamageReport report = checkForDamage(connection());
     QString damage = report.damage;
     if (moment == Moment::BeforeSteps) {
-        quotingTables = report.quotingTables;
-        checkAfterSteps = report.hasOddValues || !quotingTables.isEmpty();
+        endangered = report.endangered;
+        checkAfterSteps = report.hasOddValues || !endangered.isEmpty();
     } else {
-        for (const QString &table : quotingTables) {
-            if (damage.isEmpty() && report.unchecked.contains(table))
-                damage = QString("no check of %1, an index of which has double quotes: %2")
-                             .arg(table, report.unchecked.value(table));
+        for (auto table = endangered.begin(); table != endangered.end(); ++table) {
+            if (damage.isEmpty() && report.unchecked.contains(table.key()))
+                damage = QString("no check of %1, %2: %3")
+                             .arg(table.key(), table.value(), report.unchecked.value(table.key()));
         }
     }
     if (!damage.isEmpty()) {

@@ -3,6 +3,7 @@
 
 #include "coagulation/vardo/sourceline.h"
 
+#include <QMap>
 #include <QObject>
 #include <QSqlRecord>
 #include <QString>
@@ -197,7 +198,7 @@ private:
     int versionToRecord = 0;      ///< recorded instead of the highest step number when above 0
     bool skipped = false;         ///< the file does not exist
     bool checkAfterSteps = false; ///< the check found what a step may turn into damage
-    QStringList quotingTables{};  ///< the tables of the damage report before the steps
+    QMap<QString, QString> endangered{}; ///< the tables of the damage report before the steps
     Transaction transaction = Transaction::None;
 };
 

@@ -107,6 +107,9 @@ private slots:
     void refusesAVersionThatDamageMadeTooHigh();
     void checksAgainWhatAStepMade_data();
     void checksAgainWhatAStepMade();
+    void upgradesATableThatItCannotCheck_data();
+    void upgradesATableThatItCannotCheck();
+    void refusesWhatItCannotCheckAgain_data();
     void refusesWhatItCannotCheckAgain();
     void takesAQuotingIndexForNoDamage_data();
     void takesAQuotingIndexForNoDamage();
@@ -336,25 +339,93 @@ void TestDamageCheck::checksAgainWhatAStepMade()
     QCOMPARE(database.bytes(), before);
 }
 
+void TestDamageCheck::refusesWhatItCannotCheckAgain_data()
+{
+    QTest::addColumn<QStringList>("old");
+    QTest::addColumn<QString>("step");
+    QTest::addColumn<QString>("reason");
+
+    QTest::newRow("an index on a quoted name")
+        << QStringList{"create table early(a)", "insert into early values(1)",
+                       R"(create index early_index on early("later" collate nocase))"}
+        << "alter table early add later"
+        << "an index of which has double quotes";
+    const auto addOdd = [](const char *name, const QString &index, const QString &value,
+                           const QString &type) {
+        QTest::newRow(name) << QStringList{"create table early(a, b, c)",
+                                           "insert into early values(1, 2, 'other')",
+                                           QString("insert into early values(1, 2, %1)").arg(value),
+                                           index}
+                + redefine(QString("update sqlite_master set sql = 'CREATE TABLE early(a, b, c %1)'"
+                                   " where name = 'early'")
+                               .arg(type))
+                            << "update early set b = 2"
+                            << "which has values that are not of their columns' types";
+    };
+    const QString plain = "create index early_index on early(c)";
+    addOdd("a text like a number in a column of numbers", plain, "'0001'", "numeric");
+    addOdd("a text like a number in a column of integers", plain, "' 1 '", "integer");
+    addOdd("a text like a number in a column of dates", plain, "'1e3'", "date");
+    addOdd("a number in a column of texts", plain, "1", "text");
+    addOdd("an index on an expression", "create index early_index on early(c || '')", "1", "text");
+    addOdd("a partial index", "create index early_index on early(b) where c = 1", "1", "text");
+}
+
 /// Shows: ENG-8
 void TestDamageCheck::refusesWhatItCannotCheckAgain()
 {
+    QFETCH(QStringList, old);
+    QFETCH(QString, step);
+    QFETCH(QString, reason);
     const TestDatabase database;
-    database.execute(QStringList{versionTable, "create table early(a)",
-                                 "insert into early values(1)", "create index odd on early(a)",
-                                 R"(create index early_index on early("later" collate nocase))"}
+    database.execute(QStringList{versionTable} + old + QStringList{"create index odd on early(a)"}
                      + redefine(unknownCollation("early")));
     const QByteArray before = database.bytes();
 
-    const Outcome outcome = upgrade(database, "alter table early add later");
+    const Outcome outcome = upgrade(database, step);
 
     QVERIFY(!outcome.upgraded);
     QVERIFY(outcome.stepRan);
     QCOMPARE(outcome.messages.constLast(),
-             "Warning: The upgrade would damage " + database.path()
-                 + ": no check of early, an index of which has double quotes:"
-                   " no such collation sequence: elsewhere");
+             "Warning: The upgrade would damage " + database.path() + ": no check of early, "
+                 + reason + ": no such collation sequence: elsewhere");
     QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::upgradesATableThatItCannotCheck_data()
+{
+    QTest::addColumn<QString>("columns");
+    QTest::addColumn<QString>("values");
+
+    QTest::newRow("a date in an index") << "a date, b text"
+                                        << "'2016-04-01', 'x'";
+    QTest::newRow("a number in an index") << "a integer, b text"
+                                          << "7, 'x'";
+    QTest::newRow("a text in an index") << "a text, b text"
+                                        << "'7', 'x'";
+    QTest::newRow("any value in a column without a type") << "a, b text"
+                                                          << "'7', 'x'";
+    QTest::newRow("an odd value beside the index") << "a integer, b integer"
+                                                   << "7, '7'";
+    QTest::newRow("nothing") << "a integer, b integer"
+                             << "null, null";
+}
+
+/// Shows: ENG-8
+void TestDamageCheck::upgradesATableThatItCannotCheck()
+{
+    QFETCH(QString, columns);
+    QFETCH(QString, values);
+    const TestDatabase database;
+    database.execute(QStringList{versionTable, "create table early(a, b, c)",
+                                 QString("insert into early values(%1, 1)").arg(values),
+                                 "create index odd on early(a)"}
+                     + redefine(QString("update sqlite_master set sql = 'CREATE TABLE early(%1, c)'"
+                                        " where name = 'early'")
+                                    .arg(columns))
+                     + redefine(unknownCollation("early")));
+
+    QVERIFY(upgrade(database, "update early set c = 2").upgraded);
 }
 
 void TestDamageCheck::takesAQuotingIndexForNoDamage_data()
