@@ -10,6 +10,7 @@
 #include <QSqlError>
 #include <QStringList>
 
+#include <initializer_list>
 #include <utility>
 
 namespace coagulation {
@@ -77,6 +78,21 @@ QStringList namesFrom(const QSqlDatabase &connection, const QString &sql, Damage
     return names;
 }
 
+/// Executes one statement after the other, up to the first that fails. It is no failure of the check if SQLite does not
+/// allow a statement.
+void runAll(const QSqlDatabase &connection, std::initializer_list<const char *> statements,
+            DamageReport &report)
+{
+    for (const char *sql : statements) {
+        QSqlQuery query(connection);
+        if (execute(query, sql))
+            continue;
+        if (!report.failure && isEnvironmentError(query.lastError()))
+            report.failure = DamageReport::Failure{std::move(query), SOURCE_LINE};
+        return;
+    }
+}
+
 /// One table may need a collation or function that SQLite lacks. Then there is no check of the whole file.
 void checkTables(const QSqlDatabase &connection, DamageReport &report)
 {
@@ -103,6 +119,49 @@ void checkFile(const QSqlDatabase &connection, DamageReport &report)
             checkTables(connection, report);
         return;
     }
+}
+
+/// Views, triggers and virtual tables have no pages. SQLite takes page 0 of the first table that it knows for the mark of
+/// a check of one table, and then leaves out the free pages: the steps would write into those that a table uses, too.
+/// So the check runs without such entries of the schema, and they come back afterwards.
+/// \return true if something has to come back
+bool leaveOutWhatHasNoPages(const QSqlDatabase &connection, DamageReport &report)
+{
+    if (namesFrom(connection,
+                  "select name from sqlite_master"
+                  " where type = 'view' or sql like 'create virtual%' limit 1",
+                  report)
+            .isEmpty())
+        return false;
+    // Damage in the schema's own pages may disappear with an entry.
+    checkTable(connection, "sqlite_master", report);
+    // Without a transaction, which SQLite may have ended, the savepoint would begin one and its release commit it.
+    if (!report.damage.isEmpty() || report.failure || probeTransaction() != Probe::Open)
+        return false;
+    // Nothing between the savepoint and the deletion could end the transaction unnoticed.
+    runAll(connection,
+           {"pragma writable_schema=on", "savepoint all_entries",
+            "delete from sqlite_master"
+            " where type in ('view', 'trigger') or sql like 'create virtual%'",
+            "pragma writable_schema=reset"},
+           report);
+    return true;
+}
+
+void bringBackWhatHasNoPages(const QSqlDatabase &connection, DamageReport &report)
+{
+    runAll(connection,
+           {"rollback to all_entries", "release all_entries", "pragma writable_schema=reset"},
+           report);
+}
+
+void checkEverything(const QSqlDatabase &connection, DamageReport &report)
+{
+    const bool reduced = leaveOutWhatHasNoPages(connection, report);
+    if (report.damage.isEmpty() && !report.failure)
+        checkFile(connection, report);
+    if (reduced)
+        bringBackWhatHasNoPages(connection, report);
 }
 
 void checkSchema(const QSqlDatabase &connection, DamageReport &report)
@@ -171,7 +230,7 @@ where hidden in (0, 3) and type <> '' and type not like '%blob%'
 DamageReport checkForDamage(const QSqlDatabase &connection)
 {
     DamageReport report;
-    checkFile(connection, report);
+    checkEverything(connection, report);
     if (report.damage.isEmpty() && !report.failure)
         checkSchema(connection, report);
     if (report.damage.isEmpty() && !report.failure)

@@ -38,7 +38,7 @@ struct DamageReport {
 
 /// Looks for damage in the main database of a connection, by SQLite's own check and by the names in
 /// its schema. Values that break a constraint or are not of their columns' types are not damage.
-/// Nothing is logged or written.
+/// Nothing is logged. What is written within the connection's transaction, which has to be there, is taken back.
 DamageReport checkForDamage(const QSqlDatabase &connection);
 
 /// \return true when the error means that the file is damaged

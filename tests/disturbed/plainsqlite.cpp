@@ -111,9 +111,32 @@ Rows Sqlite::rows(const QByteArray &table) const
 QByteArrayList Sqlite::findings() const
 {
     QByteArrayList findings;
+    addFindings(findings);
+    // Beside some of these SQLite leaves out the free pages.
+    const QByteArray withoutPages =
+        " from sqlite_master where type in ('view', 'trigger') or sql like 'create virtual%'";
+    if (!column("select name" + withoutPages).isEmpty()) {
+        run("begin");
+        run("pragma writable_schema=on");
+        run("delete" + withoutPages);
+        run("pragma writable_schema=reset");
+        addFindings(findings);
+        run("rollback");
+        run("pragma writable_schema=reset");
+    }
+    return findings;
+}
+
+void Sqlite::addFindings(QByteArrayList &findings) const
+{
     const auto check = [this, &findings](const QByteArray &what) {
         return run("pragma integrity_check(" + what + ')', [&findings](sqlite3_stmt *row) {
-            findings << firstText(row).split('\n'); // one row may hold several, a line each
+            const QByteArrayList lines =
+                firstText(row).split('\n'); // one row may hold several, a line each
+            for (const QByteArray &line : lines) {
+                if (!findings.contains(line))
+                    findings << line;
+            }
         });
     };
     if (const int code = check("2147483647"); code != SQLITE_OK) {
@@ -121,7 +144,6 @@ QByteArrayList Sqlite::findings() const
         for (const QByteArray &table : tables()) // one of them may need a collation that is missing
             check(quotedName(table));
     }
-    return findings;
 }
 
 void copyRowByRow(const Sqlite &from, const Sqlite &to)

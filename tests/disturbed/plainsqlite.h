@@ -54,6 +54,8 @@ public:
     sqlite3 *connection() const { return handle; }
 
 private:
+    void addFindings(QByteArrayList &findings) const;
+
     sqlite3 *handle = nullptr;
 };
 

@@ -7,6 +7,7 @@
 
 #include <QFile>
 #include <QTest>
+#include <QtEndian>
 
 namespace {
 
@@ -89,6 +90,13 @@ QString damageLine(const TestDatabase &database, const QStringList &findings,
     return damageLine(database, findings.constFirst());
 }
 
+void overwrite(const TestDatabase &database, const QByteArray &bytes)
+{
+    QFile file(database.path());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
 } // namespace
 
 class TestDamageCheck : public QObject {
@@ -123,6 +131,11 @@ private slots:
     void takesAFailingCheckForNoDamage();
     void findsDamageBesideATableThatCannotBeChecked();
     void findsAMisspeltEntryThoughTheCheckFails();
+    void findsDamageBesideWhatHasNoPages_data();
+    void findsDamageBesideWhatHasNoPages();
+    void findsAFreePageThatATableUses();
+    void findsDamageInThePageOfAView();
+    void leavesViewsTriggersAndVirtualTablesToTheSteps();
     void checksNothingWhenEveryStepIsSkipped();
     void saysNothingOfASoundFile();
 };
@@ -598,6 +611,111 @@ void TestDamageCheck::findsAMisspeltEntryThoughTheCheckFails()
     QVERIFY(!outcome.upgraded);
     QVERIFY(outcome.messages.constLast().contains("misspelt entry of the schema: tAble early"));
     QCOMPARE(database.bytes(), before);
+}
+
+void TestDamageCheck::findsDamageBesideWhatHasNoPages_data()
+{
+    QTest::addColumn<QStringList>("objects");
+
+    QTest::newRow("nothing") << QStringList();
+    QTest::newRow("view") << QStringList{"create view seen as select a from early"};
+    QTest::newRow("view with a trigger")
+        << QStringList{"create view seen as select a from early",
+                       "create trigger hidden instead of delete on seen begin select 1; end"};
+    QTest::newRow("virtual table")
+        << QStringList{"create virtual table words using fts5(word, content='')",
+                       "create virtual table vocabulary using fts5vocab(words, row)"};
+}
+
+/// SQLite looks for no such page if the last of few tables is a view or a virtual table.
+/// Shows: ENG-7
+void TestDamageCheck::findsDamageBesideWhatHasNoPages()
+{
+    QFETCH(QStringList, objects);
+    const TestDatabase database;
+    database.execute(QStringList{versionTable, "create table lost(a)", "create table early(a)"}
+                     + objects + redefine("delete from sqlite_master where name = 'lost'"));
+    const QByteArray before = database.bytes();
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QCOMPARE(outcome.messages.mid(1),
+             QStringList{damageLine(database, unusedPage, outcome.messages.constLast())});
+    QCOMPARE(database.bytes(), before);
+}
+
+/// The steps would write into the page.
+/// Shows: ENG-7
+void TestDamageCheck::findsAFreePageThatATableUses()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table used(a)", "insert into used values(1), (2)",
+                      "create table gone(a)", "insert into gone values(zeroblob(20000))",
+                      "drop table gone", "create view seen as select a from used"});
+    const quint32 page =
+        database.rows("select rootpage from sqlite_master where name = 'used'").value(0).toUInt();
+    QByteArray bytes = database.bytes();
+    // https://www.sqlite.org/fileformat2.html: "The Database Header" and "The Freelist"
+    const int pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
+    const int list = (qFromBigEndian<qint32>(bytes.constData() + 32) - 1) * pageSize;
+    QVERIFY(qFromBigEndian<quint32>(bytes.constData() + list + 4) > 0);
+    qToBigEndian(page, bytes.data() + list + 8);
+    overwrite(database, bytes);
+
+    const Outcome outcome = upgrade(database, "create table later as select * from used");
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QVERIFY(
+        outcome.messages.constLast().startsWith(damageLine(database, "*** in database main ***")));
+    QCOMPARE(database.bytes(), bytes);
+}
+
+/// The page is empty, and so without the damage, while the view is left out.
+/// Shows: ENG-7
+void TestDamageCheck::findsDamageInThePageOfAView()
+{
+    const TestDatabase database;
+    const QString longText = QString(3000, 'x');
+    database.execute({versionTable, "create table early(a)",
+                      "create view first as select '" + longText + "'",
+                      "create view second as select '" + longText + "'"});
+    QByteArray bytes = database.bytes();
+    const int pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
+    const qsizetype page = bytes.indexOf("CREATE VIEW second") / pageSize * pageSize;
+    QVERIFY(page > 0);
+    bytes[page + 7] = static_cast<char>(bytes[page + 7] + 3); // fragmented bytes
+    overwrite(database, bytes);
+
+    const Outcome outcome = upgrade(database);
+
+    QVERIFY(!outcome.upgraded);
+    QVERIFY(!outcome.stepRan);
+    QVERIFY(outcome.messages.constLast().contains("ragmentation"));
+    QCOMPARE(database.bytes(), bytes);
+}
+
+void TestDamageCheck::leavesViewsTriggersAndVirtualTablesToTheSteps()
+{
+    const TestDatabase database;
+    database.execute({versionTable, "create table early(a)", "create table noted(a)",
+                      "create trigger note after insert on early begin"
+                      " insert into noted values(new.a); end",
+                      "create view seen as select a from early",
+                      "create trigger enter instead of insert on seen begin"
+                      " insert into early values(new.a); end",
+                      "create virtual table words using fts5(word)"});
+    const QStringList schema = database.schema();
+
+    QVERIFY(upgrade(database, "insert into seen values(7)").upgraded);
+
+    QCOMPARE(database.schema(), schema);
+    QCOMPARE(database.rows("select a from noted"), QStringList{"7"});
+    database.execute({"insert into words values('kept')"});
+    QCOMPARE(database.rows("select word from words where words match 'kept'"),
+             QStringList{"'kept'"});
 }
 
 /// Shows: ENG-7
