@@ -90,6 +90,18 @@ QString damageLine(const TestDatabase &database, const QStringList &findings,
     return damageLine(database, findings.constFirst());
 }
 
+/// \return a number of four bytes; for the places see "The Database Header" and "The Freelist" in
+///         https://www.sqlite.org/fileformat2.html
+int numberAt(const QByteArray &bytes, qsizetype place)
+{
+    return qFromBigEndian<qint32>(bytes.sliced(place, 4).constData());
+}
+
+int pageSizeOf(const QByteArray &bytes)
+{
+    return qFromBigEndian<quint16>(bytes.sliced(16, 2).constData());
+}
+
 void overwrite(const TestDatabase &database, const QByteArray &bytes)
 {
     QFile file(database.path());
@@ -657,11 +669,11 @@ void TestDamageCheck::findsAFreePageThatATableUses()
     const quint32 page =
         database.rows("select rootpage from sqlite_master where name = 'used'").value(0).toUInt();
     QByteArray bytes = database.bytes();
-    // https://www.sqlite.org/fileformat2.html: "The Database Header" and "The Freelist"
-    const int pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
-    const int list = (qFromBigEndian<qint32>(bytes.constData() + 32) - 1) * pageSize;
-    QVERIFY(qFromBigEndian<quint32>(bytes.constData() + list + 4) > 0);
-    qToBigEndian(page, bytes.data() + list + 8);
+    const int list = (numberAt(bytes, 32) - 1) * pageSizeOf(bytes);
+    QVERIFY(numberAt(bytes, list + 4) > 0);
+    QByteArray number(4, '\0');
+    qToBigEndian(page, number.data());
+    bytes.replace(list + 8, number.size(), number);
     overwrite(database, bytes);
 
     const Outcome outcome = upgrade(database, "create table later as select * from used");
@@ -683,7 +695,7 @@ void TestDamageCheck::findsDamageInThePageOfAView()
                       "create view first as select '" + longText + "'",
                       "create view second as select '" + longText + "'"});
     QByteArray bytes = database.bytes();
-    const int pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
+    const int pageSize = pageSizeOf(bytes);
     const qsizetype page = bytes.indexOf("CREATE VIEW second") / pageSize * pageSize;
     QVERIFY(page > 0);
     bytes[page + 7] = static_cast<char>(bytes[page + 7] + 3); // fragmented bytes
