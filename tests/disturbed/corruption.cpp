@@ -2,6 +2,7 @@
 #include "corruption.h"
 
 #include <QRandomGenerator>
+#include <QtEndian>
 
 #include <array>
 #include <utility>
@@ -54,6 +55,11 @@ struct TreePage {
 int numberAt(const QByteArray &file, qsizetype offset)
 {
     return uchar(file.at(offset)) << 8 | uchar(file.at(offset + 1));
+}
+
+qsizetype longNumberAt(const QByteArray &file, qsizetype offset)
+{
+    return qFromBigEndian<quint32>(file.sliced(offset, 4).constData());
 }
 
 /// \return some page with cells; freed pages that still look like one are as good
@@ -188,6 +194,17 @@ void redirectSchemaEntry(QByteArray &file, int pageSize, QRandomGenerator &rando
         file[text - 1] = char(1 + below(qMin<qsizetype>(255, file.size() / pageSize), random));
 }
 
+/// Puts any page into the list of free pages, often one that a table uses.
+void redirectFreePage(QByteArray &file, int pageSize, QRandomGenerator &random)
+{
+    const qsizetype list = (longNumberAt(file, 32) - 1) * pageSize;
+    const qsizetype pages = list < 0 ? 0 : longNumberAt(file, list + 4);
+    const qsizetype place = pages == 0 ? 32 : list + 8 + 4 * below(pages, random);
+    QByteArray page(4, '\0');
+    qToBigEndian(quint32(1 + below(file.size() / pageSize, random)), page.data());
+    file.replace(place, page.size(), page);
+}
+
 void garbleLeftover(QByteArray &file, int pageSize, QRandomGenerator &random)
 {
     switch (below(5, random)) {
@@ -226,6 +243,7 @@ const QList<Corruption> &corruptionsOfDatabase()
         {"schema: text", flipSchemaText},
         {"schema: type, names", flipSchemaColumns},
         {"schema: first page", redirectSchemaEntry},
+        {"list of free pages", redirectFreePage},
     };
     return corruptions;
 }
