@@ -165,9 +165,14 @@ bool isEnvironmentError(const QSqlError &error)
 
 Probe probeTransaction()
 {
+    QSqlQuery probe;
+    return probeTransaction(probe);
+}
+
+Probe probeTransaction(QSqlQuery &probe)
+{
     if (!connection().isOpen())
         return Probe::Ended;
-    QSqlQuery probe;
     if (!execute(probe, "begin"))
         return isEnvironmentError(probe.lastError()) ? Probe::Failed : Probe::Open;
     execute(probe, "rollback");

@@ -49,6 +49,9 @@ enum class Probe { Open, Ended, Failed };
 
 Probe probeTransaction();
 
+/// \param probe asks, and keeps the error of a probe that failed
+Probe probeTransaction(QSqlQuery &probe);
+
 /// \return true for a failure that has nothing to do with what is in the database
 bool isEnvironmentError(const QSqlError &error);
 

@@ -136,7 +136,11 @@ bool leaveOutWhatHasNoPages(const QSqlDatabase &connection, DamageReport &report
     // Damage in the schema's own pages may disappear with an entry.
     checkTable(connection, "sqlite_master", report);
     // Without a transaction, which SQLite may have ended, the savepoint would begin one and its release commit it.
-    if (!report.damage.isEmpty() || report.failure || probeTransaction() != Probe::Open)
+    QSqlQuery query(connection);
+    const Probe probe = probeTransaction(query);
+    if (probe == Probe::Failed && !report.failure)
+        report.failure = DamageReport::Failure{std::move(query), SOURCE_LINE};
+    if (!report.damage.isEmpty() || report.failure || probe == Probe::Ended)
         return false;
     // Nothing between the savepoint and the deletion could end the transaction unnoticed.
     runAll(connection,

@@ -174,7 +174,6 @@ void TestDamageCheck::refusesAnIndexThatLacksARow()
     QCOMPARE(database.bytes(), before);
 }
 
-/// Shows: ENG-7
 void TestDamageCheck::refusesAPageOfGarbage()
 {
     const TestDatabase database;
@@ -608,7 +607,6 @@ void TestDamageCheck::findsDamageBesideATableThatCannotBeChecked()
     QCOMPARE(database.bytes(), before);
 }
 
-/// Shows: ENG-7
 void TestDamageCheck::findsAMisspeltEntryThoughTheCheckFails()
 {
     const TestDatabase database;
@@ -640,7 +638,6 @@ void TestDamageCheck::findsDamageBesideWhatHasNoPages_data()
 }
 
 /// SQLite looks for no such page if the last of few tables is a view or a virtual table.
-/// Shows: ENG-7
 void TestDamageCheck::findsDamageBesideWhatHasNoPages()
 {
     QFETCH(QStringList, objects);
@@ -686,7 +683,6 @@ void TestDamageCheck::findsAFreePageThatATableUses()
 }
 
 /// The page is empty, and so without the damage, while the view is left out.
-/// Shows: ENG-7
 void TestDamageCheck::findsDamageInThePageOfAView()
 {
     const TestDatabase database;

@@ -26,6 +26,7 @@ private slots:
     void changesAllOrNothing_data();
     void changesAllOrNothing();
     void findsViewsAndTriggersAgain();
+    void refusesDamageBesideAView();
 };
 
 void TestEngineMemory::initTestCase()
@@ -156,6 +157,28 @@ void TestEngineMemory::findsViewsAndTriggersAgain()
         }
     }
     QVERIFY(rolledBack > 0);
+}
+
+/// SQLite alone would overlook the lost page.
+void TestEngineMemory::refusesDamageBesideAView()
+{
+    bool met = true;
+    for (int request = 0; met; ++request) {
+        const TestDatabase database;
+        database.execute({"create table version(version integer)", "create table lost(a)",
+                          "create view seen as select * from version", "pragma writable_schema=on",
+                          "delete from sqlite_master where name = 'lost'",
+                          "pragma writable_schema=reset"});
+        const QByteArray before = database.bytes();
+
+        const MessageRecorder recorder;
+        StepUpdater updater(database.path(), [](StepUpdater &) { return true; });
+        failingmemory::failAfter(request);
+        const bool upgraded = updater.run();
+        met = failingmemory::stop();
+        QVERIFY2(!upgraded, qPrintable(QString::number(request)));
+        QCOMPARE(database.bytes(), before);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestEngineMemory)
