@@ -95,6 +95,8 @@ private slots:
     void doesNotConvergeWithoutARise_data();
     void doesNotConvergeWithoutARise();
     void doesNotConvergeBesideABetterStep();
+    void needsNumbersThatHoldItsCoefficients_data();
+    void needsNumbersThatHoldItsCoefficients();
     void findsAnOutlierFromTheTabulatedQuantileOn_data();
     void findsAnOutlierFromTheTabulatedQuantileOn();
     void findsNoOutlierWithTooFewPoints();
@@ -167,7 +169,6 @@ void TestCurveFit::givesTheLogisticBack()
     QVERIFY(sharedDigits(fit.coefficients, coefficients) >= 12.0);
 }
 
-/// No calibration has as many, but a database may: the time must not grow with the square of them.
 void TestCurveFit::knowsTheLogisticInAllDigits()
 {
     constexpr int curves = 200;
@@ -188,6 +189,7 @@ void TestCurveFit::knowsTheLogisticInAllDigits()
     }
 }
 
+/// No calibration has as many, but a database may: the time must not grow with the square of them.
 void TestCurveFit::fitsManyPoints()
 {
     Values x;
@@ -311,6 +313,38 @@ void TestCurveFit::doesNotConvergeBesideABetterStep()
     const Values y = {57.7, 64.5, 39.9, 55.3, 25.0, 26.3, 16.7};
 
     QVERIFY(!fitLogistic(x, y).converged);
+}
+
+void TestCurveFit::needsNumbersThatHoldItsCoefficients_data()
+{
+    QTest::addColumn<double>("c");
+    QTest::addColumn<double>("d"); // and a = -d
+    QTest::addColumn<bool>("converges");
+
+    constexpr double least = std::numeric_limits<double>::min(); // with all digits
+    constexpr double most = std::numeric_limits<double>::max();
+    QTest::newRow("usual ones") << 8.0 << 1.0 << true;
+    QTest::newRow("large plateaus") << 8.0 << 0.4 * most << true;
+    QTest::newRow("plateaus with an infinite difference") << 8.0 << 0.6 * most << false;
+    QTest::newRow("small plateaus") << 8.0 << 4.0 * least << true;
+    QTest::newRow("plateaus that lack digits") << 8.0 << std::ldexp(least, -30) << false;
+    QTest::newRow("small c") << 16.0 * least << 1.0 << true;
+    QTest::newRow("c that lacks digits") << std::ldexp(least, -30) << 1.0 << false;
+}
+
+void TestCurveFit::needsNumbersThatHoldItsCoefficients()
+{
+    QFETCH(double, c);
+    QFETCH(double, d);
+    QFETCH(bool, converges);
+    Values x;
+    Values y;
+    for (const double ratio : {0.125, 0.25, 0.5, 1.0, 2.0, 4.0, 8.0, 16.0}) {
+        x.push_back(c * ratio);
+        y.push_back(d * ((ratio - 1.0) / (ratio + 1.0))); // b = 1, and a - d need not be a number
+    }
+
+    QCOMPARE(fitLogistic(x, y).converged, converges);
 }
 
 void TestCurveFit::findsAnOutlierFromTheTabulatedQuantileOn_data()

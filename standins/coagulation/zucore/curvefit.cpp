@@ -490,8 +490,10 @@ Fit fitLogistic(std::span<const double> x, std::span<const double> y)
     for (double &value : fit.fitted)
         value *= unit;
     fit.residualSum *= unit * unit;
-    fit.converged =
-        view(fit.coefficients).allFinite() && fit.coefficients[LnC] > 0.0 && p[A] != p[D];
+    // A curve is computed from c and this difference. It may overflow, and below the normal numbers both lack digits.
+    const double height = fit.coefficients[A] - fit.coefficients[D];
+    fit.converged = view(fit.coefficients).allFinite() && std::isnormal(fit.coefficients[LnC])
+        && std::isnormal(height);
     return fit;
 }
 

@@ -42,7 +42,8 @@ Fit fitLine(std::span<const double> x, std::span<const double> y);
 /// a millionth does not count: it would refuse curves that both describe equally well.
 /// \param x 0 or more
 /// \param y as many
-/// \return coefficients a, b, c, d; not converged with fewer than 4 distinct x
+/// \return coefficients a, b, c, d; not converged with fewer than 4 distinct x, or if c or a - d overflows
+///         or lacks digits
 Fit fitLogistic(std::span<const double> x, std::span<const double> y);
 
 /// Finds outliers by their externally studentised residuals, tested two-sidedly at 5 % with
