@@ -332,6 +332,7 @@ void TestCurveFit::needsNumbersThatHoldItsCoefficients_data()
     QTest::newRow("c that lacks digits") << std::ldexp(least, -30) << 1.0 << false;
 }
 
+/// Shows: CUR-7
 void TestCurveFit::needsNumbersThatHoldItsCoefficients()
 {
     QFETCH(double, c);
