@@ -558,6 +558,10 @@ void TestStandardCurve::isInvalidWhenItCannotBeTrusted_data()
     QTest::newRow("one distinct x")
         << RegressionMethod::Linear << Values{2, 2, 2} << Values{1, 2, 3};
     QTest::newRow("level line") << RegressionMethod::Linear << Values{1, 2, 3} << Values{5, 5, 5};
+    // correlation 0.26, and squares that no number holds, of the differences to the mean alone
+    QTest::newRow("no line, in the largest numbers")
+        << RegressionMethod::Linear << Values{1, 2, 3, 4}
+        << Values{0.0, 1.6 * 8.9e153, -0.2 * 8.9e153, 1.2 * 8.9e153};
     QTest::newRow("three points for four parameters")
         << RegressionMethod::Logistic4 << Values{1, 2, 4} << Values{1, 2, 3};
     QTest::newRow("logistic without a plateau")

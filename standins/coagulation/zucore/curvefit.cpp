@@ -49,7 +49,7 @@ double multipleCorrelation(const VectorXd &y, double residualSum)
     if (range(y) == 0.0)
         return std::numeric_limits<double>::quiet_NaN();
     const double totalSum = (y.array() - y.mean()).square().sum();
-    if (totalSum == 0.0) // as the squares of the smallest numbers are: nothing is known of the fit
+    if (!std::isnormal(totalSum)) // as that of the smallest or largest numbers: the fit is unknown
         return 0.0;
     return std::sqrt(std::max(0.0, 1.0 - residualSum / totalSum));
 }
