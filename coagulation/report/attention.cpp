@@ -231,8 +231,39 @@ QString sentenceOn(const UnexpectedRow &row)
                    " set it again.")
             .arg(row.name);
     case UnexpectedRow::Kind::CurveWithoutExpiry:
+        return row.other.isEmpty()
+            ? QString(
+                  "The standard curve ‘%1’ has no date of expiry, since it has no date: check it.")
+                  .arg(row.name)
+            : QString(
+                  "The standard curve ‘%1’ has no date of expiry, since ‘%2’ is no date: check it.")
+                  .arg(row.name, row.other);
+    case UnexpectedRow::Kind::OwnItem:
         return QString(
-                   "The standard curve ‘%1’ has no date of expiry, since ‘%2’ is no date: check it.")
+                   "The item ‘%1’ has the number of an item of the factory's assay ‘%2’, which was"
+                   " left out: do not use that assay.")
+            .arg(row.name, row.other);
+    case UnexpectedRow::Kind::OwnCalibration:
+        return QString(
+                   "The calibration ‘%1’ has the number of one of the factory's assay ‘%2’, which was"
+                   " left out: do not use that assay.")
+            .arg(row.name, row.other);
+    case UnexpectedRow::Kind::FactoryName:
+        return QString(
+                   "The assay ‘%1’ has the name of an assay of the factory's, but the number %2. The"
+                   " factory's was left out, and settings were added to yours: check them.")
+            .arg(row.name, row.other);
+    case UnexpectedRow::Kind::ReplacedLimit:
+        return QString(
+                   "The limits of the result check for ‘%1’ were %2, and the item got others: check them.")
+            .arg(row.name, row.other);
+    case UnexpectedRow::Kind::ReplacedIdentifier:
+        return QString(
+                   "The reagent ‘%1’ was made anew without its identifier %2: check it against your"
+                   " bottles.")
+            .arg(row.name, row.other);
+    case UnexpectedRow::Kind::EqualIdentifiers:
+        return QString("The reagents ‘%1’ and ‘%2’ have the same identifier: change one of them.")
             .arg(row.name, row.other);
     }
     Q_UNREACHABLE();
@@ -410,8 +441,8 @@ QList<Attention> warningsOf(const QList<LogLine> &log, const QList<qsizetype> &n
     return warnings;
 }
 
-/// Leaves the first sentences of each kind, and says how many more there are. Of failures, curves and calibrations
-/// each counts.
+/// Leaves the first sentences of each kind, and says how many more there are. Of failures, curves, calibrations and
+/// rows that the steps did not expect each counts.
 QList<Attention> shortened(const QList<Attention> &all)
 {
     QList<Attention> kept;
@@ -421,7 +452,7 @@ QList<Attention> shortened(const QList<Attention> &all)
     QMap<Kind, qsizetype> seen;
     for (const Attention &item : all) {
         const qsizetype place = ++seen[item.kind];
-        const bool keepsAll = item.kind <= Kind::Calibration;
+        const bool keepsAll = item.kind <= Kind::UnexpectedRow;
         if (keepsAll || place <= mostOfAKind)
             kept << item;
         else if (place == mostOfAKind + 1)

@@ -141,11 +141,18 @@ struct UnexpectedRow {
         OwnAssay, ///< it has the number of an assay of the factory's, whose rows were added to it
         MisplacedLimit,     ///< of a result check: no item got it, or the item of another assay
         OldSettingName,     ///< which the steps left, though they change others of this form
-        CurveWithoutExpiry, ///< its date cannot be read
+        CurveWithoutExpiry, ///< it has no date, or one that cannot be read
+        OwnItem,            ///< it has the number of an item of the factory's, which was left out
+        OwnCalibration,     ///< it has the number of a calibration of the factory's, likewise
+        FactoryName,        ///< of an assay with another number: the factory's was left out
+        ReplacedLimit,      ///< of a result check: its item got other limits
+        ReplacedIdentifier, ///< of a reagent that was made anew
+        EqualIdentifiers,   ///< of two reagents: a number and a text with the same digits
     };
     Kind kind;
-    QString name;
-    /// The factory's assay, the assay whose item got the limit, or the curve's date; empty if there is none.
+    QString name; ///< of the row; of an item with its assay, as in "DD.P"
+    /// What belongs to it, see the kinds: the factory's assay, the assay whose item got the limit, the curve's date,
+    /// the number of the assay, the limits or the identifier before, or the other reagent. Empty if there is none.
     QString other{};
 };
 

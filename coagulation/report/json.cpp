@@ -204,6 +204,18 @@ QString kindWord(UnexpectedRow::Kind kind)
         return "oldSettingName";
     case UnexpectedRow::Kind::CurveWithoutExpiry:
         return "curveWithoutExpiry";
+    case UnexpectedRow::Kind::OwnItem:
+        return "ownItem";
+    case UnexpectedRow::Kind::OwnCalibration:
+        return "ownCalibration";
+    case UnexpectedRow::Kind::FactoryName:
+        return "factoryName";
+    case UnexpectedRow::Kind::ReplacedLimit:
+        return "replacedLimit";
+    case UnexpectedRow::Kind::ReplacedIdentifier:
+        return "replacedIdentifier";
+    case UnexpectedRow::Kind::EqualIdentifiers:
+        return "equalIdentifiers";
     }
     Q_UNREACHABLE();
 }

@@ -64,6 +64,15 @@ bool isSameFile(const QString &first, const QString &second)
     return QDir::cleanPath(one.absoluteFilePath()) == QDir::cleanPath(other.absoluteFilePath());
 }
 
+/// \return whether a file begins as each database of SQLite does
+bool isDatabase(const QString &path)
+{
+    constexpr char header[] = "SQLite format 3"; // its end is a part of it
+    QFile file(path);
+    return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly)
+        && file.read(sizeof header) == QByteArray(header, sizeof header);
+}
+
 QString notWritten(const QFileDevice &file)
 {
     return QString("%1 cannot be written: %2.").arg(file.fileName(), file.errorString());
@@ -94,6 +103,8 @@ QString problemOfOutputs(const CommandLine &command)
             if (!input.isEmpty() && isSameFile(output, input))
                 return QString("%1 would be overwritten.").arg(input);
         }
+        if (isDatabase(output))
+            return QString("%1 is a database, and would be overwritten.").arg(output);
         QSaveFile file(output);
         if (!file.open(QIODevice::WriteOnly))
             return notWritten(file);

@@ -49,13 +49,19 @@ QStringList termsOf(const QStringList &expressions)
 }
 
 /// A password is nobody's business, not even that of who reads the report.
+/// \param layout of the table, which the query calls by the alias
 /// \param value expression of a column's value
 /// \return what is shown in its place
-QString shown(const QString &column, const QString &value)
+QString shown(const TableLayout &layout, const QString &alias, const QString &column,
+              const QString &value)
 {
-    if (!column.contains("password", Qt::CaseInsensitive))
+    if (column.contains("password", Qt::CaseInsensitive))
+        return QString("iif(%1 is null, null, 'not shown')").arg(value);
+    const Column *const setting = layout.column("name");
+    if (setting == nullptr || column.compare("value", Qt::CaseInsensitive) != 0)
         return value;
-    return QString("iif(%1 is null, null, 'not shown')").arg(value);
+    return QString("iif(%1 is not null and %2.%3 like '%password%', 'not shown', %1)")
+        .arg(value, alias, quoted(setting->name));
 }
 
 struct KeyNames {
@@ -124,7 +130,7 @@ QList<RowFacts> readRows(Questions &questions, const Literals &literals, const T
     for (const Column &column :
          layout.columns.first(std::min(layout.columns.size(), mostColumns))) {
         columns << column.name;
-        expressions << shown(column.name, alias + '.' + quoted(column.name));
+        expressions << shown(layout, alias, column.name, alias + '.' + quoted(column.name));
     }
     QStringList keyExpressions;
     for (const QString &name : key)
@@ -163,7 +169,7 @@ QList<RowFacts> readRenamedRows(Questions &questions, const Literals &literals,
     columns = columns.first(std::min(columns.size(), mostColumns));
     QStringList expressions;
     for (const CommonColumn &column : columns)
-        expressions << shown(column.name, "a." + column.after);
+        expressions << shown(pair.after, "a", column.name, "a." + column.after);
     const QString sql =
         QString("select %1 from %2 order by %3 limit %4")
             .arg((termsOf(key.before) + termsOf(key.after) + termsOf(expressions)).join(", "),
@@ -195,8 +201,8 @@ QList<ChangedRow> readChangedRows(Questions &questions, const Literals &literals
         + termsOf({name.isEmpty() ? QString("null") : "a." + name});
     for (const CommonColumn &column : some)
         terms << differs(column) << isOverwritten(column)
-              << literalTerms(shown(column.name, "b." + column.before))
-              << literalTerms(shown(column.name, "a." + column.after));
+              << literalTerms(shown(pair.before, "b", column.name, "b." + column.before))
+              << literalTerms(shown(pair.after, "a", column.name, "a." + column.after));
     const QString sql = QString("select %1 from %2 where %3 order by %4 limit %5")
                             .arg(terms.join(", "), pair.joined(), differsInAny(columns),
                                  key.before.join(", "), QString::number(most));

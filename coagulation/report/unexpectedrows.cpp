@@ -32,12 +32,18 @@ public:
         addMisplacedLimits();
         addOldSettingNames();
         addCurvesWithoutExpiry();
+        addTakenNumbers();
+        addFactoryNames();
+        addReplacedLimits();
+        addReplacedIdentifiers();
+        addEqualIdentifiers();
         return rows;
     }
 
 private:
     bool has(const char *schema, const QString &table, const QStringList &columns);
     bool hasOnBothSides(const QString &table, const QStringList &columns);
+    bool isUpgraded() const;
     bool passes(int version) const;
     void add(Kind kind, const QString &name, const QString &other = {});
     void addOwnAssays();
@@ -45,6 +51,11 @@ private:
     void addLimit(const QVariant &assay, const QString &itemFullName);
     void addOldSettingNames();
     void addCurvesWithoutExpiry();
+    void addTakenNumbers();
+    void addFactoryNames();
+    void addReplacedLimits();
+    void addReplacedIdentifiers();
+    void addEqualIdentifiers();
 
     Questions &questions;
     const DatabaseFacts &database;
@@ -66,6 +77,12 @@ bool Finder::hasOnBothSides(const QString &table, const QStringList &columns)
     return has(schemaBefore, table, columns) && has(schemaAfter, table, columns);
 }
 
+/// Without an upgrade what differs is somebody else's.
+bool Finder::isUpgraded() const
+{
+    return database.versionBefore.value_or(0) < database.versionAfter.value_or(0);
+}
+
 /// \return whether the upgrade went from below a version to this or a later one
 bool Finder::passes(int version) const
 {
@@ -81,9 +98,8 @@ void Finder::add(Kind kind, const QString &name, const QString &other)
 
 void Finder::addOwnAssays()
 {
-    const bool upgraded = database.versionBefore.value_or(0) < database.versionAfter.value_or(0);
-    if (!upgraded || !hasOnBothSides("assayTemplate", {"id", "name"}))
-        return; // without an upgrade the rows are somebody else's
+    if (!isUpgraded() || !hasOnBothSides("assayTemplate", {"id", "name"}))
+        return;
     QStringList conditions;
     for (const auto &[table, key] : {std::pair{"assayItem", "id"},
                                      {"assayCalibration", "id"},
@@ -172,12 +188,121 @@ void Finder::addCurvesWithoutExpiry()
     if (has(schemaBefore, "curve", {"expirationDate"})
         || !has(schemaAfter, "curve", {"id", "name", "date", "expirationDate"}))
         return;
-    questions.ask(
-        "select name, date from after.curve where date is not null and expirationDate is null order by id",
-        {}, [this](const QSqlQuery &row) {
-            add(Kind::CurveWithoutExpiry, row.value(0).toString(), row.value(1).toString());
+    questions.ask("select name, date from after.curve where expirationDate is null order by id", {},
+                  [this](const QSqlQuery &row) {
+                      add(Kind::CurveWithoutExpiry, row.value(0).toString(),
+                          row.value(1).toString());
+                      return true;
+                  });
+}
+
+/// Items and calibrations of the factory's stay out if the laboratory has one with that number.
+void Finder::addTakenNumbers()
+{
+    if (!isUpgraded() || !has(schemaBefore, "assayTemplate", {"id", "name"}))
+        return;
+    const QStringList needed{"id", "assayTemplateId", "name"};
+    const bool items = hasOnBothSides("assayItem", needed);
+    const bool calibrations = hasOnBothSides("assayCalibration", needed);
+    const QMap<int, QString> &assays = factoryAssays();
+    for (const FactoryRow &row : factoryRows()) {
+        const bool isItem = row.table == "assayItem";
+        if (!(isItem ? items : calibrations))
+            continue;
+        const QString assay = isItem ? "ifnull(t.name || '.', '')" : "''";
+        questions.ask(
+            QString("select %1 || b.name from main.%2 as b left join main.assayTemplate as t"
+                    " on t.id = b.assayTemplateId where b.id = ? and b.assayTemplateId is not ?")
+                .arg(assay, row.table),
+            {row.id, row.assay}, [&](const QSqlQuery &found) {
+                add(isItem ? Kind::OwnItem : Kind::OwnCalibration, found.value(0).toString(),
+                    assays.value(row.assay));
+                return false;
+            });
+    }
+}
+
+/// The names of assays are unique: of two with one name, the steps leave the factory's out.
+void Finder::addFactoryNames()
+{
+    if (!isUpgraded() || !hasOnBothSides("assayTemplate", {"id", "name"}))
+        return;
+    const QMap<int, QString> &assays = factoryAssays();
+    for (auto assay = assays.begin(); assay != assays.end(); ++assay)
+        questions.ask("select id from main.assayTemplate where name = ? and id <> ?",
+                      {assay.value(), assay.key()}, [&](const QSqlQuery &row) {
+                          add(Kind::FactoryName, assay.value(), row.value(0).toString());
+                          return false;
+                      });
+}
+
+/// Below version 5 the factory's limits of some items replace those of the laboratory's result checks.
+void Finder::addReplacedLimits()
+{
+    if (database.versionBefore.value_or(0) >= 5 || !passes(10))
+        return;
+    for (const auto &[check, limit] : {std::pair<QString, QString>{"report", "Report"},
+                                       {"redilution", "Redilution"},
+                                       {"repeat", "Repeat"}}) {
+        if (!has(schemaBefore, "dataCheck",
+                 {"assayTemplateId", check, check + "ItemFullName", check + "Lower",
+                  check + "Upper"})
+            || !has(schemaAfter, "assayItem",
+                    {"assayTemplateId", "name", "lower" + limit, "upper" + limit}))
+            continue;
+        // NULL arrives as 0
+        const QString sql =
+            QString("select c.%1ItemFullName, c.%1Lower, c.%1Upper"
+                    " from main.dataCheck as c join after.assayItem as i"
+                    " on i.assayTemplateId = c.assayTemplateId"
+                    " and c.%1ItemFullName like '%.%'"
+                    " and i.name = substr(c.%1ItemFullName, instr(c.%1ItemFullName, '.') + 1)"
+                    " where c.%1 and (i.lower%2 is not ifnull(c.%1Lower, 0)"
+                    " or i.upper%2 is not ifnull(c.%1Upper, 0)) order by c.assayTemplateId")
+                .arg(check, limit);
+        questions.ask(sql, {}, [this](const QSqlQuery &row) {
+            add(Kind::ReplacedLimit, row.value(0).toString(),
+                QString("%1 to %2").arg(row.value(1).toDouble()).arg(row.value(2).toDouble()));
             return true;
         });
+    }
+}
+
+/// Below version 2 some reagents are made anew, and a later step numbers them and gives four of them new names.
+void Finder::addReplacedIdentifiers()
+{
+    if (database.versionBefore.value_or(0) >= 2 || !passes(10)
+        || !hasOnBothSides("reagent", {"name", "reagentId"}))
+        return;
+    const QMap<QString, QString> newNames{{"Buffer(DD)", "R1(DD)"},
+                                          {"Latex", "R2(DD)"},
+                                          {"Buffer(FDP)", "R1(FDP)"},
+                                          {"FDP", "R2(FDP)"}};
+    for (const char *reagent :
+         {"Latex", "FDP", "Saline", "Buffer(PT)", "Buffer(APTT)", "Buffer(FIB)", "Buffer(TT)",
+          "Buffer(DD)", "Buffer(EX)", "Buffer(EN)", "Buffer(FDP)", "DD ct", "FDP ct"})
+        questions.ask("select b.reagentId from main.reagent as b"
+                      " where b.name = ? and ifnull(b.reagentId, '') <> ''"
+                      " and not exists (select 1 from after.reagent as a where a.name = ?"
+                      " and cast(a.reagentId as text) = cast(b.reagentId as text))",
+                      {reagent, newNames.value(reagent, reagent)}, [&](const QSqlQuery &row) {
+                          add(Kind::ReplacedIdentifier, reagent, row.value(0).toString());
+                          return false;
+                      });
+}
+
+/// Identifiers are unique, but a number and a text are two to SQLite.
+void Finder::addEqualIdentifiers()
+{
+    if (!isUpgraded() || !has(schemaAfter, "reagent", {"id", "name", "reagentId"}))
+        return;
+    questions.ask("select a.name, b.name from after.reagent as a join after.reagent as b"
+                  " on typeof(a.reagentId) = 'integer' and typeof(b.reagentId) = 'text'"
+                  " and cast(a.reagentId as text) = b.reagentId order by a.id",
+                  {}, [this](const QSqlQuery &row) {
+                      add(Kind::EqualIdentifiers, row.value(0).toString(), row.value(1).toString());
+                      return true;
+                  });
 }
 
 } // namespace
@@ -192,6 +317,49 @@ const QMap<int, QString> &factoryAssays()
         {40, "PT3"},   {41, "RX"},    {42, "dPT1"},  {43, "dPT2"},
     };
     return assays;
+}
+
+const QList<FactoryRow> &factoryRows()
+{
+    struct Items {
+        int assay;
+        int first; ///< their numbers follow each other
+        int count;
+    };
+    static const QList<FactoryRow> rows = [] {
+        QList<FactoryRow> all;
+        for (const auto &[assay, first, count] : {
+                 Items{16, 40, 3}, {17, 45, 3},  {18, 50, 4},  {19, 55, 5},  {20, 60, 3},
+                 {21, 65, 3},      {22, 70, 6},  {23, 80, 3},  {24, 90, 4},  {25, 100, 4},
+                 {26, 110, 4},     {27, 120, 4}, {28, 130, 3}, {29, 140, 3}, {30, 150, 3},
+                 {31, 160, 4},     {32, 170, 3}, {33, 180, 2}, {34, 190, 2}, {35, 200, 2},
+                 {36, 210, 2},     {37, 220, 2}, {38, 230, 4}, {39, 240, 5}, {40, 250, 5},
+                 {41, 260, 4},     {42, 270, 4}, {43, 280, 5},
+             }) {
+            for (int id = first; id < first + count; ++id)
+                all << FactoryRow{"assayItem", id, assay};
+        }
+        for (const auto &[id, assay] : {std::pair{8, 16},
+                                        {9, 17},
+                                        {10, 18},
+                                        {11, 19},
+                                        {12, 20},
+                                        {13, 21},
+                                        {14, 22},
+                                        {15, 22},
+                                        {16, 22},
+                                        {26, 22},
+                                        {27, 31},
+                                        {28, 25},
+                                        {29, 41},
+                                        {30, 42},
+                                        {31, 43},
+                                        {32, 26},
+                                        {33, 24}})
+            all << FactoryRow{"assayCalibration", id, assay};
+        return all;
+    }();
+    return rows;
 }
 
 QList<UnexpectedRow> unexpectedRows(Questions &questions, const DatabaseFacts &database)

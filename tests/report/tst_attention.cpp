@@ -26,6 +26,10 @@ private slots:
     void quotesTheWarningOfTheFailedStep();
     void tellsWarnings();
     void shortensManySentences();
+    void tellsOfRowsThatTheStepsDidNotExpect_data();
+    void tellsOfRowsThatTheStepsDidNotExpect();
+    void tellsOfEachRowThatTheStepsDidNotExpect();
+    void showsTheFirstOverwrittenValues();
     void linksToPlaces();
     void ordersByImportance();
     void givesAVerdict_data();
@@ -486,6 +490,104 @@ void TestAttention::shortensManySentences()
     QCOMPARE(texts.size(), 21);
     QCOMPARE(texts.at(19), "20");
     QCOMPARE(texts.at(20), "And 7 more.");
+}
+
+void TestAttention::tellsOfRowsThatTheStepsDidNotExpect_data()
+{
+    using Unexpected = UnexpectedRow::Kind;
+    QTest::addColumn<Unexpected>("kind");
+    QTest::addColumn<QString>("other");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("own assay")
+        << Unexpected::OwnAssay << "PC"
+        << "The assay ‘R%2’ has the number of the factory's assay ‘PC’, whose items, calibrations or checks were"
+           " added to it: check them.";
+    QTest::newRow("limit of no item")
+        << Unexpected::MisplacedLimit << QString()
+        << "No item got the limits of the result check for ‘R%2’: set them again.";
+    QTest::newRow("limit of another item")
+        << Unexpected::MisplacedLimit << "II"
+        << "The limits of the result check for ‘R%2’ went to an item of the assay ‘II’: check them.";
+    QTest::newRow("setting")
+        << Unexpected::OldSettingName << QString()
+        << "The setting ‘R%2’ kept its old name, which the new analyser software does not look for: set it again.";
+    QTest::newRow("curve with a date that is none")
+        << Unexpected::CurveWithoutExpiry << "soon"
+        << "The standard curve ‘R%2’ has no date of expiry, since ‘soon’ is no date: check it.";
+    QTest::newRow("curve without a date")
+        << Unexpected::CurveWithoutExpiry << QString()
+        << "The standard curve ‘R%2’ has no date of expiry, since it has no date: check it.";
+    QTest::newRow("own item")
+        << Unexpected::OwnItem << "PC"
+        << "The item ‘R%2’ has the number of an item of the factory's assay ‘PC’, which"
+           " was left out: do not use that assay.";
+    QTest::newRow("own calibration")
+        << Unexpected::OwnCalibration << "Plg"
+        << "The calibration ‘R%2’ has the number of one of the factory's assay ‘Plg’, which was left out: do not"
+           " use that assay.";
+    QTest::newRow("name of the factory's")
+        << Unexpected::FactoryName << "500"
+        << "The assay ‘R%2’ has the name of an assay of the factory's, but the number 500. The factory's was left"
+           " out, and settings were added to yours: check them.";
+    QTest::newRow("replaced limit")
+        << Unexpected::ReplacedLimit << "0.5 to 20"
+        << "The limits of the result check for ‘R%2’ were 0.5 to 20, and the item got others: check them.";
+    QTest::newRow("replaced identifier")
+        << Unexpected::ReplacedIdentifier << "LAB-7"
+        << "The reagent ‘R%2’ was made anew without its identifier LAB-7: check it against your bottles.";
+    QTest::newRow("equal identifiers")
+        << Unexpected::EqualIdentifiers << "Own"
+        << "The reagents ‘R%2’ and ‘Own’ have the same identifier: change one of them.";
+}
+
+/// Shows: REP-24
+void TestAttention::tellsOfRowsThatTheStepsDidNotExpect()
+{
+    QFETCH(UnexpectedRow::Kind, kind);
+    QFETCH(QString, other);
+    QFETCH(QString, text);
+    Report report = soundReport();
+    report.databases[0].unexpectedRows << UnexpectedRow{kind, "R%2", other};
+
+    const QList<Attention> attention = attentionOf(report);
+
+    QCOMPARE(textsOf(report), QStringList{text});
+    QCOMPARE(attention.first().kind, Kind::UnexpectedRow);
+    QCOMPARE(attention.first().anchor, QString("database-profile"));
+}
+
+void TestAttention::tellsOfEachRowThatTheStepsDidNotExpect()
+{
+    Report report = soundReport();
+    for (int i = 1; i <= 27; ++i)
+        report.databases[0].unexpectedRows
+            << UnexpectedRow{UnexpectedRow::Kind::OldSettingName, QString("setting %1").arg(i)};
+
+    const QStringList texts = textsOf(report);
+
+    QCOMPARE(texts.size(), 27);
+    QVERIFY2(texts.last().startsWith("The setting ‘setting 27’ "), qUtf8Printable(texts.last()));
+}
+
+void TestAttention::showsTheFirstOverwrittenValues()
+{
+    const QString table = "create table t(id integer primary key, name, x)";
+    const QString rows =
+        "with recursive n(i) as (select 1 union all select i + 1 from n where i < 25)"
+        " insert into t select i, 'n' || i, %1 from n";
+    const Report report = reportOn("qc", {table, rows.arg("i + 0.5")}, {table, rows.arg("'new'")});
+
+    const QList<Attention> attention = attentionOf(report);
+
+    QCOMPARE(attention.size(), 1);
+    const QList<OverwrittenValue> values = attention.first().values;
+    QCOMPARE(values.size(), 20);
+    QCOMPARE(attention.first().moreValues, 5);
+    QCOMPARE(values.first().key, QString("id = 1 ('n1')"));
+    QCOMPARE(values.first().column, QString("x"));
+    QCOMPARE(values.first().before, QString("1.5"));
+    QCOMPARE(values.last().after, QString("'new'"));
 }
 
 void TestAttention::linksToPlaces()

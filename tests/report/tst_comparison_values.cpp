@@ -21,6 +21,7 @@ private slots:
     void writesLiteralsOfUtf16_data();
     void writesLiteralsOfUtf16();
     void showsNoPassword();
+    void showsNoPasswordThatIsASetting();
 };
 
 void TestComparisonValues::tellsValuesApart_data()
@@ -238,6 +239,25 @@ void TestComparisonValues::showsNoPassword()
                      "user: removed 1", "  id = 3 | id = 3, name = 'c', Password = 'not shown'",
                      "user: changed 2", "  id = 1 | Password: 'not shown' -> 'not shown'",
                      "  id = 2 | Password: NULL -> 'not shown'"}));
+}
+
+/// Shows: REP-15
+void TestComparisonValues::showsNoPasswordThatIsASetting()
+{
+    const QString settings = "create table profile(name text primary key, Value)";
+
+    QCOMPARE(
+        differencesOf(
+            {settings,
+             "insert into profile values('lis/Password', 'old'), ('lis/port', 1), ('p', 'own')"},
+            {settings,
+             "insert into profile values('lis/Password', 'new'), ('lis/port', 2), ('passwordOfQc', 3)"}),
+        (QStringList{"profile: added 1",
+                     "  name = 'passwordOfQc' | name = 'passwordOfQc', Value = 'not shown'",
+                     "profile: removed 1", "  name = 'p' | name = 'p', Value = 'own'",
+                     "profile: changed 2",
+                     "  name = 'lis/Password' | Value: 'not shown' -> 'not shown'",
+                     "  name = 'lis/port' | Value: 1 -> 2"}));
 }
 
 QTEST_GUILESS_MAIN(TestComparisonValues)

@@ -59,6 +59,7 @@ private slots:
     void writesNoReportItCannotWrite_data();
     void writesNoReportItCannotWrite();
     void refusesToOverwriteADatabase();
+    void refusesToOverwriteAnyDatabase();
     void refusesToOverwriteTheLogOfALinkedDatabase();
     void showsPatientsOnlyWhenAskedTo();
     void showsNoValueOfPatients_data();
@@ -337,6 +338,23 @@ void TestRehearse::refusesToOverwriteADatabase()
     QCOMPARE(run.exitCode, 2);
     QCOMPARE(run.errors, message(path("qc.db") + " would be overwritten.\n"));
     QCOMPARE(laboratory->files(), before);
+}
+
+/// Shows: REP-20
+void TestRehearse::refusesToOverwriteAnyDatabase()
+{
+    const TestDatabase other("ward2-profile.db");
+    other.execute({"create table t(x)"});
+    const QByteArray before = fileBytes(other.path());
+
+    for (const char *option : {"-o", "--json"}) {
+        const ToolRun run =
+            runTool(laboratory->command(laboratory->rehearsal({option, other.path()})));
+
+        QCOMPARE(run.exitCode, 2);
+        QCOMPARE(run.errors, message(other.path() + " is a database, and would be overwritten.\n"));
+        QCOMPARE(fileBytes(other.path()), before);
+    }
 }
 
 /// Shows: REP-20

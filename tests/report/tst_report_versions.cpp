@@ -90,6 +90,8 @@ const QList<Point> points{
     {"profile", 0, 10,
      "The variable id = 2 ('normal') got the value 12.0 from a standard curve: check it."},
     {"profile", 0, 5, "No item got the limits of the result check for ‘II’: set them again."},
+    {"profile", 0, 23,
+     "The standard curve ‘PT’ has no date of expiry, since it has no date: check it."},
     {"profile", 0, 2,
      "5 rows of profile are not there any more: name = 'ATIII/mix/times', name = 'DD/disable',"
      " name = 'II/disable', name = 'program/ATIII/name1' and name = 'program/ATIII/volume'."},

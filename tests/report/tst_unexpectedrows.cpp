@@ -25,6 +25,8 @@ private slots:
     void findsNoneWithoutAnUpgrade();
     void findsNoneInOtherDatabases();
     void knowsTheAssaysThatTheStepsAdd();
+    void knowsTheItemsAndCalibrationsThatTheStepsAdd_data();
+    void knowsTheItemsAndCalibrationsThatTheStepsAdd();
 };
 
 namespace {
@@ -39,7 +41,10 @@ QStringList atVersion(int version, const QStringList &statements)
 /// \return a line for each: "ownAssay: TEG, PC"
 QStringList linesOf(const QList<UnexpectedRow> &rows)
 {
-    const QStringList kinds{"ownAssay", "misplacedLimit", "oldSettingName", "curveWithoutExpiry"};
+    const QStringList kinds{"ownAssay",           "misplacedLimit", "oldSettingName",
+                            "curveWithoutExpiry", "ownItem",        "ownCalibration",
+                            "factoryName",        "replacedLimit",  "replacedIdentifier",
+                            "equalIdentifiers"};
     QStringList lines;
     for (const UnexpectedRow &row : rows)
         lines << QString("%1: %2, %3").arg(kinds.at(int(row.kind)), row.name, row.other);
@@ -152,18 +157,109 @@ void TestUnexpectedRows::findsThem_data()
     const QStringList expiring{"alter table curve add expirationDate date",
                                "update curve set expirationDate = date(date, '+20 years')"};
     QTest::newRow("a curve whose date is none")
-        << 22 << dated << expiring << QStringList{"curveWithoutExpiry: II, soon"};
+        << 22 << dated << expiring
+        << QStringList{"curveWithoutExpiry: II, soon", "curveWithoutExpiry: V, "};
     QTest::newRow("a curve without expiry of before") << 23 << dated + expiring << none << none;
+    const QStringList numbered{assays, items, calibrations,
+                               "insert into assayTemplate values(1, 'PT'), (900, 'Own')"};
+    const auto with = [&numbered](const QString &statement) {
+        return numbered + QStringList{statement};
+    };
+    QTest::newRow("an own item under a number of the factory's")
+        << 9 << with("insert into assayItem values(40, 1, 'R'), (42, 900, 'A.B')") << none
+        << QStringList{"ownItem: PT.R, PC", "ownItem: Own.A.B, PC"};
+    QTest::newRow("an item of no assay under a number of the factory's")
+        << 9 << with("insert into assayItem values(284, null, 'R')") << none
+        << QStringList{"ownItem: R, dPT2"};
+    QTest::newRow("own items beside numbers of the factory's")
+        << 9
+        << with(
+               "insert into assayItem values(39, 1, 'a'), (43, 1, 'b'), (192, 1, 'c'), (285, 1, 'd')")
+        << none << none;
+    QTest::newRow("an item of the factory's with another name")
+        << 24 << with("insert into assayItem values(40, 16, 'Time')") << none << none;
+    QTest::newRow("an own item without an upgrade")
+        << newestVersion("profile") << with("insert into assayItem values(40, 1, 'R')") << none
+        << none;
+    QTest::newRow("an own calibration under a number of the factory's")
+        << 9 << with("insert into assayCalibration values(33, 1, 'PT-R')") << none
+        << QStringList{"ownCalibration: PT-R, vWF"};
+    QTest::newRow("own calibrations beside numbers of the factory's")
+        << 9
+        << with(
+               "insert into assayCalibration values(7, 1, 'a'), (17, 1, 'b'), (25, 1, 'c'), (34, 1, 'd')")
+        << none << none;
+    QTest::newRow("an own assay with a name of the factory's")
+        << 9 << with("insert into assayTemplate values(500, 'PS'), (501, 'ps')") << none
+        << QStringList{"factoryName: PS, 500"};
+    QTest::newRow("an assay of the factory's")
+        << 24 << with("insert into assayTemplate values(17, 'PS')") << none << none;
+
+    const QStringList limited{
+        "create table dataCheck(assayTemplateId integer, report integer, reportItemFullName text,"
+        " reportLower real, reportUpper real, redilution integer, redilutionItemFullName text,"
+        " redilutionLower real, redilutionUpper real, repeat integer, repeatItemFullName text,"
+        " repeatLower real, repeatUpper real)",
+        "create table assayItem(id integer primary key, assayTemplateId integer, name text, lowerReport real,"
+        " upperReport real, lowerRedilution real, upperRedilution real, lowerRepeat real, upperRepeat real)"};
+    const auto checkedBy = [&limited](const QString &values) {
+        return limited + QStringList{"insert into dataCheck values" + values};
+    };
+    const QString check = "(5, 1, 'DD.P', 0.5, 20, 1, 'DD.P', null, 15, 1, 'DD.P', 1, 2)";
+    QTest::newRow("limits that their item has")
+        << 4 << checkedBy(check)
+        << QStringList{"insert into assayItem values(8, 5, 'P', 0.5, 20, 0, 15, 1, 2)"} << none;
+    QTest::newRow("an item that got other limits")
+        << 4 << checkedBy(check)
+        << QStringList{"insert into assayItem values(8, 5, 'P', 0.1, 20, 0, 10, 1, 3)"}
+        << QStringList{"replacedLimit: DD.P, 0.5 to 20", "replacedLimit: DD.P, 0 to 15",
+                       "replacedLimit: DD.P, 1 to 2"};
+    QTest::newRow("an item of another assay")
+        << 4 << checkedBy(check)
+        << QStringList{"insert into assayItem values(8, 6, 'P', 0.1, 40, 0, 10, 1, 3)"} << none;
+    QTest::newRow("limits that are switched off, and others")
+        << 4 << checkedBy("(5, 0, 'DD.P', 0.5, 20, null, 'DD.P', 1, 15, 0, 'DD.P', 1, 2)")
+        << QStringList{"insert into assayItem values(8, 5, 'P', 0.1, 40, 0, 10, 1, 3)"} << none;
+    QTest::newRow("limits that an earlier upgrade replaced")
+        << 5 << checkedBy(check)
+        << QStringList{"insert into assayItem values(8, 5, 'P', 0.1, 40, 0, 10, 1, 3)"} << none;
+
+    const QString reagents = "create table reagent(id integer primary key, reagentId, name text)";
+    const QStringList labelled{
+        reagents,
+        "insert into reagent values(1, 'LAB-7', 'FDP'), (2, 'LAB-8', 'Buffer(DD)'), (3, 9, 'Latex'),"
+        " (4, null, 'Saline'), (5, '', 'DD ct'), (6, 'LAB-1', 'Own')"};
+    const QStringList anew{
+        "delete from reagent",
+        "insert into reagent values(11, '110', 'R2(FDP)'), (12, 'LAB-8', 'R1(DD)'), (13, '9', 'R2(DD)'),"
+        " (14, '101', 'Saline')"};
+    QTest::newRow("reagents made anew")
+        << 1 << labelled << anew << QStringList{"replacedIdentifier: FDP, LAB-7"};
+    QTest::newRow("reagents that an earlier upgrade made anew") << 2 << labelled << anew << none;
+    QTest::newRow("a reagent with the identifier of another")
+        << 24
+        << QStringList{reagents, "insert into reagent values(1, null, 'LAC'), (2, '119', 'Own')"}
+        << QStringList{"update reagent set reagentId = 119 where id = 1"}
+        << QStringList{"equalIdentifiers: LAC, Own"};
+    QTest::newRow("reagents with identifiers of their own")
+        << 24
+        << QStringList{reagents, "insert into reagent values(1, 119, 'LAC'), (2, '0119', 'Own')"}
+        << none << none;
+    QTest::newRow("equal identifiers without an upgrade")
+        << newestVersion("profile")
+        << QStringList{reagents, "insert into reagent values(1, 119, 'LAC'), (2, '119', 'Own')"}
+        << none << none;
     QTest::newRow("a table less on one side")
-        << 4
-        << QStringList{assays,
-                       items,
-                       calibrations,
-                       checks,
-                       settings,
-                       curves,
-                       "insert into assayTemplate values(16, 'TEG')"}
-        << QStringList{"drop table assayTemplate", "drop table profile", "drop table curve"}
+        << 4 << QStringList{assays,       items,
+                            calibrations, checks,
+                            settings,     curves,
+                            reagents,     "insert into assayTemplate values(16, 'TEG')"}
+        << QStringList{"drop table assayTemplate",
+                       "drop table assayItem",
+                       "drop table assayCalibration",
+                       "drop table profile",
+                       "drop table curve",
+                       "drop table reagent"}
         << none;
 }
 
@@ -206,6 +302,24 @@ void TestUnexpectedRows::findsThemAfterAnUpgrade_data()
                              << "oldSettingName: 凝血/mix/times, ";
     QTest::newRow("date") << 22 << "update curve set date = 'soon' where id = 1"
                           << "curveWithoutExpiry: PT, soon";
+    QTest::newRow("own item")
+        << 5 << "insert into assayItem(id, assayTemplateId, name) values(41, 1, 'X')"
+        << "ownItem: PT.X, PC";
+    QTest::newRow("own calibration")
+        << 25 << "update assayCalibration set id = 32 where name = 'PT'"
+        << "ownCalibration: PT, Plg";
+    QTest::newRow("own assay with a name of the factory's")
+        << 5 << own.arg("500", "").replace("TEG", "PS") << "factoryName: PS, 500";
+    QTest::newRow("limit that the factory sets")
+        << 4
+        << "replace into dataCheck(assayTemplateId, report, reportItemFullName, reportLower, reportUpper) values(7, 1, 'ATIII.P', 20, 140)"
+        << "replacedLimit: ATIII.P, 20 to 140";
+    QTest::newRow("reagent made anew")
+        << 1 << "replace into reagent(type, name, reagentId) values(0, 'FDP', 'LAB-7')"
+        << "replacedIdentifier: FDP, LAB-7";
+    QTest::newRow("reagents with the same identifier")
+        << 24 << "insert into reagent(type, name, reagentId) values(0, 'Own', '119')"
+        << "equalIdentifiers: LAC, Own";
 }
 
 void TestUnexpectedRows::findsThemAfterAnUpgrade()
@@ -267,6 +381,35 @@ void TestUnexpectedRows::knowsTheAssaysThatTheStepsAdd()
     QCOMPARE(
         known,
         database.rows("select id, name from assayTemplate where id > " + highest + " order by id"));
+}
+
+void TestUnexpectedRows::knowsTheItemsAndCalibrationsThatTheStepsAdd_data()
+{
+    QTest::addColumn<QString>("table");
+
+    QTest::newRow("items") << "assayItem";
+    QTest::newRow("calibrations") << "assayCalibration";
+}
+
+void TestUnexpectedRows::knowsTheItemsAndCalibrationsThatTheStepsAdd()
+{
+    QFETCH(QString, table);
+    const TestDatabase database("profile.db");
+    makeDatabaseAt(database, "profile", 0);
+    database.execute({QString("delete from %1 where assayTemplateId > 15").arg(table)});
+    const QStringList own = database.rows(QString("select id from %1").arg(table));
+    QVERIFY(upgrade(database));
+
+    QStringList known;
+    for (const FactoryRow &row : factoryRows()) {
+        if (row.table == table)
+            known << QString("%1, %2").arg(row.id).arg(row.assay);
+    }
+
+    QCOMPARE(
+        known,
+        database.rows(QString("select id, assayTemplateId from %1 where id not in (%2) order by id")
+                          .arg(table, own.join(", "))));
 }
 
 QTEST_GUILESS_MAIN(TestUnexpectedRows)

@@ -17,8 +17,9 @@ struct Fit {
     std::vector<double> leverages; ///< diagonal of the hat matrix (of its tangent, for a logistic)
     double residualSum = 0.0;      ///< sum of the squared residuals
 
-    /// Multiple correlation coefficient R = sqrt(1 - residual sum / total sum), 0 to 1; not a number
-    /// when all y are the same. Source: Draper and Smith, Applied Regression Analysis, 3rd ed., 1.6.
+    /// Multiple correlation coefficient R = sqrt(1 - residual sum / total sum), 0 to 1; 0 when no
+    /// number holds the total sum, and not a number when all y are the same.
+    /// Source: Draper and Smith, Applied Regression Analysis, 3rd ed., 1.6.
     double correlation = 0.0;
 };
 
