@@ -107,6 +107,8 @@ private slots:
     void contentFailureIsTheStepsToJudge();
     void everyOperationMeetsTheEnvironment_data();
     void everyOperationMeetsTheEnvironment();
+    void logsNoValueOfAFailedRow_data();
+    void logsNoValueOfAFailedRow();
     void aFailedQuestionIsNotLogged();
     void aQuestionThatEndsTheTransactionIsLogged();
     void everyOperationIsSilentAfterwards();
@@ -337,6 +339,43 @@ void TestEngineFailures::everyOperationMeetsTheEnvironment()
     QVERIFY2(failure.contains("\"database or disk is full\" : [ \"" + statement),
              qUtf8Printable(log.at(1)));
     QCOMPARE(log.at(2), QString("Debug: update_v1() : FAIL"));
+}
+
+void TestEngineFailures::logsNoValueOfAFailedRow_data()
+{
+    QTest::addColumn<Step>("step");
+
+    QTest::newRow("a bound value") << Step([](StepUpdater &step) {
+        return step.exec(SOURCE_LINE, "insert into narrow values(:id, :name)",
+                         {{":id", 1}, {":name", "Mustermann.5"}});
+    });
+    QTest::newRow("a copied row") << Step(
+        [](StepUpdater &step) { return step.copyTable("people", "narrow"); });
+    QTest::newRow("an adjusted row") << Step([](StepUpdater &step) {
+        return step.copyTable("people", "narrow", {}, {}, [](QSqlRecord &) {});
+    });
+    QTest::newRow("a row of a table that gets a new layout")
+        << Step([](StepUpdater &step) { return step.rebuildTable("narrow", "people"); });
+    QTest::newRow("a changed value")
+        << Step([](StepUpdater &step) { return step.removeDecimals("people", {"name"}); });
+}
+
+/// Shows: LOG-8
+void TestEngineFailures::logsNoValueOfAFailedRow()
+{
+    QFETCH(Step, step);
+    const TestDatabase database;
+    database.execute({"create table people(id, name check(name like '%.5'))",
+                      "create table narrow(id, name check(length(name) < 5))",
+                      "insert into people values(1, 'Mustermann.5')"});
+    const MessageRecorder recorder;
+    StepUpdater updater(database.path(), step);
+
+    QVERIFY(!updater.run());
+
+    const QString log = recorder.messages().join('\n');
+    QVERIFY2(log.contains("constraint failed"), qUtf8Printable(log));
+    QVERIFY2(!log.contains("Mustermann"), qUtf8Printable(log));
 }
 
 void TestEngineFailures::noStatementRunsAfterwards_data()

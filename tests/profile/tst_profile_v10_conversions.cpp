@@ -1183,6 +1183,7 @@ void TestProfileV10Conversions::renamesRinseUnlessX2Exists_data()
     QTest::newRow("neither") << QStringList{"'PT'"} << QStringList{"'PT'"};
 }
 
+/// Shows: PRO-4
 void TestProfileV10Conversions::renamesRinseUnlessX2Exists()
 {
     QFETCH(QStringList, reagents);

@@ -261,6 +261,7 @@ void TestProfileV10Rows::replacesTheUsersSettings()
     QCOMPARE(database.rows(all), untouched.rows(all));
 }
 
+/// Shows: PRO-18
 void TestProfileV10Rows::enablesAssays()
 {
     const TestDatabase database("profile.db");
@@ -477,6 +478,7 @@ void TestProfileV10Rows::updatesExistingDataChecks()
                   "8, 0, 'r', 0, 'm', 0, 'd', 7.0, 1", "9, 0, 'r', 0, 'm', 0, 'd', 7.0, 1"}));
 }
 
+/// Shows: PRO-18
 void TestProfileV10Rows::removesTheProgramOfAtiii()
 {
     const TestDatabase database("profile.db");

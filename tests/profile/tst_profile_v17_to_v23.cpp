@@ -354,6 +354,7 @@ void TestProfileV17ToV23::v18PassesWithoutItem192()
     QCOMPARE(DatabaseContent(database).lines(), expected.lines());
 }
 
+/// Shows: PRO-18
 void TestProfileV17ToV23::v18RemovesItem192WhoseverItIs()
 {
     const TestDatabase database("profile.db");

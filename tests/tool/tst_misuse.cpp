@@ -135,6 +135,7 @@ void TestMisuse::upgradesEachDatabaseFromItsOwnVersion()
                  upgradedContent(names.at(i), versions.at(i)));
 }
 
+/// Shows: PLT-11
 void TestMisuse::upgradesTheFileBehindALink()
 {
 #ifdef Q_OS_WIN
@@ -152,6 +153,7 @@ void TestMisuse::upgradesTheFileBehindALink()
     QCOMPARE(databaseContent(path("elsewhere.db")), upgradedContent("qc", 0));
 }
 
+/// Shows: PLT-11
 void TestMisuse::keepsTheRightsOfTheFile()
 {
     makeDatabase("qc", 0);

@@ -81,6 +81,8 @@ class TraceTest(unittest.TestCase):
         self.write("docs/requirements.md", REQUIREMENTS)
         self.write("tests/engine/tst_engine.cpp", ENGINE)
         self.write("tests/tool/tst_log.cpp", LOG)
+        self.write("tests/engine/CMakeLists.txt", "vardo_add_test(tst_engine SQLite::SQLite3)\n")
+        self.write("tests/tool/CMakeLists.txt", "foreach(name\n        tst_log)\n    vardo_add_test(${name})\n")
 
     def write(self, path, text):
         file = self.root / path
@@ -158,6 +160,13 @@ class TraceTest(unittest.TestCase):
     def test_finds_a_tag_in_a_file_without_tests(self):
         self.write("tests/support/engine.h", ENGINE)
         self.assert_found(f"tests/support/engine.h:6: {MISPLACED}")
+
+    def test_finds_a_program_that_is_not_built(self):
+        for lists in ("", "# vardo_add_test(tst_engine)\n", "vardo_add_test(tst_engine_memory)\n"):
+            with self.subTest(lists):
+                self.write("tests/engine/CMakeLists.txt", lists)
+                self.assert_found("tests/engine/tst_engine.cpp:1: CMakeLists.txt of this folder does not name this"
+                                  " program: its tests never run")
 
     def test_tells_all_findings(self):
         self.write("tests/engine/tst_engine.cpp", "// Shows: ENG-2\n")
