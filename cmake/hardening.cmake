@@ -15,8 +15,9 @@ include(CMakePushCheckState)
 set(optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
 
 # The first lets a function notice that its return address was overwritten, the second keeps large arrays from
-# reaching beyond the stack, the third allows jumps to the beginnings of functions only. On Windows every program
-# does the second (MinGW fails at its option), and nothing looks at what the third leaves in a program.
+# reaching beyond the stack, the third allows jumps to the beginnings of functions only, where the system's own objects
+# do so as well: those of Debian 12 do not. On Windows every program does the second (MinGW fails at its option), and
+# nothing looks at what the third leaves in a program.
 set(options -fstack-protector-strong)
 if(NOT WIN32)
     list(APPEND options -fstack-clash-protection -fcf-protection)
