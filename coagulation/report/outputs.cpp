@@ -67,7 +67,7 @@ bool isSameFile(const QString &first, const QString &second)
 /// \return whether a file begins as each database of SQLite does
 bool isDatabase(const QString &path)
 {
-    constexpr char header[] = "SQLite format 3"; // its end is a part of it
+    constexpr char header[] = "SQLite format 3"; // with the zero at its end
     QFile file(path);
     return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly)
         && file.read(sizeof header) == QByteArray(header, sizeof header);
