@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 /// The package's list of the libraries that its programs use, for scanners, and the document for people, which
-/// names the tests of the libraries' anomalies.
+/// names the code that contains the libraries' anomalies and its tests.
 
 #include "debianpackage.h"
 #include "testfiles.h"
 
 #include <QDirIterator>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QMultiHash>
 #include <QProcess>
 #include <QRegularExpression>
@@ -64,15 +66,36 @@ QString libraryVersion(const QString &version)
     return QString(version).remove(additions);
 }
 
-/// \return the cells of each row of the document's tables
-QList<QStringList> rowsOfDocument()
+QString documentText()
+{
+    return QString::fromUtf8(fileBytes(PROJECT "/docs/components.md"));
+}
+
+/// \return the cells of each row of a text's tables
+QList<QStringList> rowsIn(const QString &text)
 {
     QList<QStringList> rows;
-    for (const QString &line : QString::fromUtf8(fileBytes(DOCUMENT)).split('\n')) {
+    for (const QString &line : text.split('\n')) {
         if (line.startsWith("| "))
             rows << line.split(" | ");
     }
     return rows;
+}
+
+/// \return the programs' sources without comments, by their file names
+QMap<QString, QString> programSources()
+{
+    static const QRegularExpression comment("//[^\\n]*");
+    QMap<QString, QString> sources;
+    for (const QString folder : {PROJECT "/coagulation", PROJECT "/standins"}) {
+        for (QDirIterator file(folder, {"*.cpp", "*.h"}, QDir::Files, QDirIterator::Subdirectories);
+             file.hasNext();) {
+            const QString path = file.next();
+            sources[QFileInfo(path).fileName()] +=
+                QString::fromUtf8(fileBytes(path)).remove(comment);
+        }
+    }
+    return sources;
 }
 
 } // namespace
@@ -89,6 +112,8 @@ private slots:
     void areWhatIsLoaded();
     void holdWhatFitsTheCurves();
     void haveTheVersionsOfTheDocument();
+    void areContainedByWhatExists_data();
+    void areContainedByWhatExists();
     void haveTestsOfTheirAnomalies_data();
     void haveTestsOfTheirAnomalies();
 
@@ -203,7 +228,7 @@ void TestComponents::haveTheVersionsOfTheDocument()
 {
     if (QSysInfo::prettyProductName().section(' ', 0, 2) != "Debian GNU/Linux 12")
         QSKIP("the document has the versions of Debian 12: they are NOT compared");
-    const QList<QStringList> rows = rowsOfDocument();
+    const QList<QStringList> rows = rowsIn(documentText());
 
     QStringList undocumented;
     for (const QJsonObject &component : objectsOf("components")) {
@@ -218,14 +243,42 @@ void TestComponents::haveTheVersionsOfTheDocument()
     QCOMPARE(undocumented, QStringList());
 }
 
+void TestComponents::areContainedByWhatExists_data()
+{
+    static const QRegularExpression code(R"(`([^`]+)`(?: in `([^`]+)`)?)");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("place");
+
+    const QString anomalies = documentText().section("\n## ", 2, 2);
+    QVERIFY(anomalies.startsWith("Known anomalies\n"));
+    for (const QStringList &cells : rowsIn(anomalies)) {
+        for (const QRegularExpressionMatch &match : code.globalMatch(cells.at(1)))
+            QTest::newRow(qUtf8Printable(cells.constFirst().mid(2, 30) + ": " + match.captured()))
+                << match.captured(1) << match.captured(2);
+    }
+}
+
+void TestComponents::areContainedByWhatExists()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, place);
+    const QMap<QString, QString> sources = programSources();
+    const QString text = place.isEmpty() ? QStringList(sources.begin(), sources.end()).join('\n')
+                                         : sources.value(place);
+    const QRegularExpression word(R"((?<!\w))" + QRegularExpression::escape(name) + R"((?!\w))");
+
+    QVERIFY2(sources.contains(name) || QFileInfo(PROJECT "/" + name).isFile()
+                 || text.contains(word),
+             qUtf8Printable(place));
+}
+
 void TestComponents::haveTestsOfTheirAnomalies_data()
 {
     static const QRegularExpression shown(R"(`(tst_\w+)`(?:: ((?:`\w+`(?:, )?)+))?)");
     QTest::addColumn<QString>("program");
     QTest::addColumn<QStringList>("functions");
 
-    const QString document = QString::fromUtf8(fileBytes(DOCUMENT));
-    for (const QRegularExpressionMatch &match : shown.globalMatch(document)) {
+    for (const QRegularExpressionMatch &match : shown.globalMatch(documentText())) {
         const QStringList functions = match.captured(2).remove('`').split(", ", Qt::SkipEmptyParts);
         QTest::newRow(qUtf8Printable(match.captured())) << match.captured(1) << functions;
     }
@@ -237,7 +290,8 @@ void TestComponents::haveTestsOfTheirAnomalies()
     QFETCH(QStringList, functions);
 
     QStringList sources;
-    for (QDirIterator file(TESTS, {program + ".cpp"}, QDir::Files, QDirIterator::Subdirectories);
+    for (QDirIterator file(PROJECT "/tests", {program + ".cpp"}, QDir::Files,
+                           QDirIterator::Subdirectories);
          file.hasNext();)
         sources << file.next();
 
