@@ -87,7 +87,7 @@ QMap<QString, QString> programSources()
 {
     static const QRegularExpression comment("//[^\\n]*");
     QMap<QString, QString> sources;
-    for (const QString folder : {PROJECT "/coagulation", PROJECT "/standins"}) {
+    for (const char *folder : {PROJECT "/coagulation", PROJECT "/standins"}) {
         for (QDirIterator file(folder, {"*.cpp", "*.h"}, QDir::Files, QDirIterator::Subdirectories);
              file.hasNext();) {
             const QString path = file.next();
