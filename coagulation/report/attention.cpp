@@ -5,6 +5,7 @@
 #include "coagulation/report/comparison.h"
 #include "coagulation/report/failures.h"
 #include "coagulation/report/numbertext.h"
+#include "coagulation/report/unexpectedsentence.h"
 #include "coagulation/report/wording.h"
 
 #include <QRegularExpression>
@@ -157,6 +158,7 @@ private:
     void addUnexpectedRows();
     void addChosenValues(const TableFacts &table, const QString &anchor);
     void addLostRows(const TableFacts &table, const QString &anchor);
+    void addHiddenRows(const TableFacts &table, qint64 hidden, const QString &anchor);
     void addKeptLayout(const TableFacts &table, const QString &anchor);
     void addNotCompared(const TableFacts &table, const QString &anchor);
     void addGoneColumns(const TableFacts &table, const QString &anchor);
@@ -210,65 +212,6 @@ void Finder::addMethods()
             anchor);
 }
 
-QString sentenceOn(const UnexpectedRow &row)
-{
-    switch (row.kind) {
-    case UnexpectedRow::Kind::OwnAssay:
-        return QString(
-                   "The assay ‘%1’ has the number of the factory's assay ‘%2’, whose items, calibrations or"
-                   " checks were added to it: check them.")
-            .arg(row.name, row.other);
-    case UnexpectedRow::Kind::MisplacedLimit:
-        return row.other.isEmpty()
-            ? QString("No item got the limits of the result check for ‘%1’: set them again.")
-                  .arg(row.name)
-            : QString(
-                  "The limits of the result check for ‘%1’ went to an item of the assay ‘%2’: check them.")
-                  .arg(row.name, row.other);
-    case UnexpectedRow::Kind::OldSettingName:
-        return QString(
-                   "The setting ‘%1’ kept its old name, which the new analyser software does not look for:"
-                   " set it again.")
-            .arg(row.name);
-    case UnexpectedRow::Kind::CurveWithoutExpiry:
-        return row.other.isEmpty()
-            ? QString(
-                  "The standard curve ‘%1’ has no date of expiry, since it has no date: check it.")
-                  .arg(row.name)
-            : QString(
-                  "The standard curve ‘%1’ has no date of expiry, since ‘%2’ is no date: check it.")
-                  .arg(row.name, row.other);
-    case UnexpectedRow::Kind::OwnItem:
-        return QString(
-                   "The item ‘%1’ has the number of an item of the factory's assay ‘%2’, which was"
-                   " left out: do not use that assay.")
-            .arg(row.name, row.other);
-    case UnexpectedRow::Kind::OwnCalibration:
-        return QString(
-                   "The calibration ‘%1’ has the number of one of the factory's assay ‘%2’, which was"
-                   " left out: do not use that assay.")
-            .arg(row.name, row.other);
-    case UnexpectedRow::Kind::FactoryName:
-        return QString(
-                   "The assay ‘%1’ has the name of an assay of the factory's, but the number %2. The"
-                   " factory's was left out, and settings were added to yours: check them.")
-            .arg(row.name, row.other);
-    case UnexpectedRow::Kind::ReplacedLimit:
-        return QString(
-                   "The limits of the result check for ‘%1’ were %2, and the item got others: check them.")
-            .arg(row.name, row.other);
-    case UnexpectedRow::Kind::ReplacedIdentifier:
-        return QString(
-                   "The reagent ‘%1’ was made anew without its identifier %2: check it against your"
-                   " bottles.")
-            .arg(row.name, row.other);
-    case UnexpectedRow::Kind::EqualIdentifiers:
-        return QString("The reagents ‘%1’ and ‘%2’ have the same identifier: change one of them.")
-            .arg(row.name, row.other);
-    }
-    Q_UNREACHABLE();
-}
-
 void Finder::addUnexpectedRows()
 {
     for (const UnexpectedRow &row : database.unexpectedRows)
@@ -320,17 +263,31 @@ void Finder::addLostRows(const TableFacts &table, const QString &anchor)
                 .arg(table.name, countText(before, "row", "rows")),
             anchor);
     else if (lost > 0 && table.viewAfter)
-        add(Kind::LostRows,
-            QString("%1 of %2 %3 kept in results.")
-                .arg(countText(lost, "row", "rows"), table.name,
-                     lost == 1 ? "is no longer shown. It is" : "are no longer shown. They are"),
-            anchor);
+        addHiddenRows(table, lost, anchor);
     else if (lost > 0)
         add(Kind::LostRows,
             QString("%1 of %2 %3 not there any more%4.")
                 .arg(countText(lost, "row", "rows"), table.name, lost == 1 ? "is" : "are",
                      table.removedRows.isEmpty() ? QString()
                                                  : ": " + firstOf(keysOf(table.removedRows), lost)),
+            anchor);
+}
+
+/// \param hidden the number of rows that the view does not show
+void Finder::addHiddenRows(const TableFacts &table, qint64 hidden, const QString &anchor)
+{
+    if (const qint64 kept = hidden - table.notKept; kept > 0)
+        add(Kind::LostRows,
+            QString("%1 of %2 %3 kept in results.")
+                .arg(countText(kept, "row", "rows"), table.name,
+                     kept == 1 ? "is no longer shown. It is" : "are no longer shown. They are"),
+            anchor);
+    if (table.notKept > 0)
+        add(Kind::LostRows,
+            QString("%1 of %2 %3 in results either.")
+                .arg(countText(table.notKept, "row", "rows"), table.name,
+                     table.notKept == 1 ? "is no longer shown, and is not"
+                                        : "are no longer shown, and are not"),
             anchor);
 }
 

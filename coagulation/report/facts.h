@@ -66,6 +66,8 @@ struct TableFacts {
     QStringList columnsRemoved{};
     qint64 added = 0;   ///< rows
     qint64 removed = 0; ///< rows
+    qint64 notKept =
+        0; ///< of the rows removed from a table that became a view: its new table lacks them, too
     qint64 renamed = 0; ///< rows that have another key; neither added nor removed
     qint64 changed = 0; ///< rows
     QList<ColumnChanges> changedColumns{};
@@ -143,11 +145,12 @@ struct UnexpectedRow {
         OldSettingName,     ///< which the steps left, though they change others of this form
         CurveWithoutExpiry, ///< it has no date, or one that cannot be read
         OwnItem,            ///< it has the number of an item of the factory's, which was left out
-        OwnCalibration,     ///< it has the number of a calibration of the factory's, likewise
-        FactoryName,        ///< of an assay with another number: the factory's was left out
+        OwnCalibration, ///< it has the number or the name of a calibration of the factory's, likewise
+        FactoryName,    ///< of an assay with another number: the factory's was left out
         ReplacedLimit,      ///< of a result check: its item got other limits
         ReplacedIdentifier, ///< of a reagent that was made anew
         EqualIdentifiers,   ///< of two reagents: a number and a text with the same digits
+        FactoryDisplayName, ///< of an assay that is displayed by it: the factory's was left out
     };
     Kind kind;
     QString name; ///< of the row; of an item with its assay, as in "DD.P"

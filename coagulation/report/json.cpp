@@ -216,6 +216,8 @@ QString kindWord(UnexpectedRow::Kind kind)
         return "replacedIdentifier";
     case UnexpectedRow::Kind::EqualIdentifiers:
         return "equalIdentifiers";
+    case UnexpectedRow::Kind::FactoryDisplayName:
+        return "factoryDisplayName";
     }
     Q_UNREACHABLE();
 }

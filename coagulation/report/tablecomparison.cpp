@@ -39,6 +39,7 @@ private:
     void compareColumns();
     void findRenamedSettings();
     void countMeetings();
+    qint64 countNotKept();
     QString contents() const;
     void countContents();
     QString twins() const;
@@ -211,6 +212,21 @@ void TableComparison::countMeetings()
     facts.added = rowsAfter - met;
     facts.removed = std::max<qint64>(rowsBefore - met, 0); // a view may show a row twice
     facts.renamed = pair.newNames.size();
+    if (facts.viewAfter && facts.removed > 0)
+        facts.notKept = countNotKept();
+}
+
+/// One table becomes a view: `result`, whose rows go to `results`.
+qint64 TableComparison::countNotKept()
+{
+    const TableLayout results = layoutOf(questions, schemaAfter, {"results"});
+    if (results.column("id") == nullptr || pair.before.column("id") == nullptr)
+        return facts.removed;
+    return questions
+        .value(QString("select count(*) from %1 as b"
+                       " where not exists (select 1 from %2 as a where a.id = b.id)")
+                   .arg(pair.before.quotedName(), results.quotedName()))
+        .toLongLong();
 }
 
 /// \return the groups of equal rows whose number differs, as a query: `difference` is above 0 if there are more

@@ -196,7 +196,8 @@ void Finder::addCurvesWithoutExpiry()
                   });
 }
 
-/// Items and calibrations of the factory's stay out if the laboratory has one with that number.
+/// Items and calibrations of the factory's stay out if the laboratory has one with that number, and calibrations if
+/// it has one with that name.
 void Finder::addTakenNumbers()
 {
     if (!isUpgraded() || !has(schemaBefore, "assayTemplate", {"id", "name"}))
@@ -212,9 +213,10 @@ void Finder::addTakenNumbers()
         const QString assay = isItem ? "ifnull(t.name || '.', '')" : "''";
         questions.ask(
             QString("select %1 || b.name from main.%2 as b left join main.assayTemplate as t"
-                    " on t.id = b.assayTemplateId where b.id = ? and b.assayTemplateId is not ?")
+                    " on t.id = b.assayTemplateId where b.id = ? and b.assayTemplateId is not ?"
+                    " or b.name = ? and b.assayTemplateId is not ?")
                 .arg(assay, row.table),
-            {row.id, row.assay}, [&](const QSqlQuery &found) {
+            {row.id, row.assay, row.name, row.assay}, [&](const QSqlQuery &found) {
                 add(isItem ? Kind::OwnItem : Kind::OwnCalibration, found.value(0).toString(),
                     assays.value(row.assay));
                 return false;
@@ -222,18 +224,28 @@ void Finder::addTakenNumbers()
     }
 }
 
-/// The names of assays are unique: of two with one name, the steps leave the factory's out.
+/// The names of assays are unique, and so are those that are displayed: of two with one name, the steps leave the
+/// factory's out.
 void Finder::addFactoryNames()
 {
     if (!isUpgraded() || !hasOnBothSides("assayTemplate", {"id", "name"}))
         return;
+    const bool isDisplayed = has(schemaBefore, "assayTemplate", {"displayName"});
     const QMap<int, QString> &assays = factoryAssays();
-    for (auto assay = assays.begin(); assay != assays.end(); ++assay)
+    for (auto assay = assays.begin(); assay != assays.end(); ++assay) {
         questions.ask("select id from main.assayTemplate where name = ? and id <> ?",
                       {assay.value(), assay.key()}, [&](const QSqlQuery &row) {
                           add(Kind::FactoryName, assay.value(), row.value(0).toString());
                           return false;
                       });
+        if (isDisplayed)
+            questions.ask("select id from main.assayTemplate where displayName = ?"
+                          " and name is not ? and id <> ?",
+                          {assay.value(), assay.value(), assay.key()}, [&](const QSqlQuery &row) {
+                              add(Kind::FactoryDisplayName, assay.value(), row.value(0).toString());
+                              return false;
+                          });
+    }
 }
 
 /// Below version 5 the factory's limits of some items replace those of the laboratory's result checks.
@@ -339,24 +351,25 @@ const QList<FactoryRow> &factoryRows()
             for (int id = first; id < first + count; ++id)
                 all << FactoryRow{"assayItem", id, assay};
         }
-        for (const auto &[id, assay] : {std::pair{8, 16},
-                                        {9, 17},
-                                        {10, 18},
-                                        {11, 19},
-                                        {12, 20},
-                                        {13, 21},
-                                        {14, 22},
-                                        {15, 22},
-                                        {16, 22},
-                                        {26, 22},
-                                        {27, 31},
-                                        {28, 25},
-                                        {29, 41},
-                                        {30, 42},
-                                        {31, 43},
-                                        {32, 26},
-                                        {33, 24}})
-            all << FactoryRow{"assayCalibration", id, assay};
+        all << QList<FactoryRow>{
+            {"assayCalibration", 0, 16, "PC"},
+            {"assayCalibration", 0, 17, "PS"},
+            {"assayCalibration", 0, 18, "LAS"},
+            {"assayCalibration", 0, 19, "LAC"},
+            {"assayCalibration", 0, 20, "APCR1"},
+            {"assayCalibration", 0, 21, "APCR2"},
+            {"assayCalibration", 0, 22, "Anti-Xa(UFH)"},
+            {"assayCalibration", 0, 22, "Anti-Xa(LMWH)"},
+            {"assayCalibration", 0, 22, "Anti-Xa(Rivaroxaban)"},
+            {"assayCalibration", 26, 22, "Anti-Xa"},
+            {"assayCalibration", 27, 31, "UFH"},
+            {"assayCalibration", 28, 25, "LMWH"},
+            {"assayCalibration", 29, 41, "RX"},
+            {"assayCalibration", 30, 42, "dPT1"},
+            {"assayCalibration", 31, 43, "dPT2"},
+            {"assayCalibration", 32, 26, "Plg"},
+            {"assayCalibration", 33, 24, "vWF"},
+        };
         return all;
     }();
     return rows;

@@ -13,11 +13,12 @@ class Questions;
 /// \return the names of the assays that the steps add to every profile database, by their numbers
 const QMap<int, QString> &factoryAssays();
 
-/// A row that the steps add to every profile database, under a number that may be taken.
+/// A row that the steps add to every profile database, under a number or a name that may be taken.
 struct FactoryRow {
-    QString table; ///< "assayItem" or "assayCalibration"
-    int id;
-    int assay; ///< the number of its assay
+    QString table;  ///< "assayItem" or "assayCalibration"
+    int id;         ///< 0 if it gets the next free number
+    int assay;      ///< the number of its assay
+    QString name{}; ///< of a calibration: no two have the same
 };
 
 /// \return those of the factory's assays

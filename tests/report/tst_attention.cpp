@@ -188,6 +188,25 @@ void TestAttention::tellsWhatDatabasesHave_data()
                        "insert into results values(1), (2)",
                        "create view result as select id from results where id > 1"}
         << Kind::LostRows << "1 row of result is no longer shown. It is kept in results.";
+    for (const auto &[name, table, view] :
+         {std::tuple{"a row that results lack, too", "create table results(id integer primary key)",
+                     "create view result as select id from results"},
+          {"a row of results without numbers", "create table results(x)",
+           "create view result as select x as id from results"},
+          {"a row without results", "create table others(id)",
+           "create view result as select id from others"}})
+        QTest::newRow(name) << "data"
+                            << QStringList{"create table result(id integer primary key)",
+                                           "insert into result values(1)"}
+                            << QStringList{table, view} << Kind::LostRows
+                            << "1 row of result is no longer shown, and is not in results either.";
+    QTest::newRow("rows that results lack, too")
+        << "data"
+        << QStringList{"create table result(id integer primary key)",
+                       "insert into result values(1), (2)"}
+        << QStringList{"create table results(id integer primary key)",
+                       "create view result as select id from results"}
+        << Kind::LostRows << "2 rows of result are no longer shown, and are not in results either.";
 
     const QString odd = "create table odd(x text collate nocase primary key)";
     const QString sorting =
@@ -524,8 +543,8 @@ void TestAttention::tellsOfRowsThatTheStepsDidNotExpect_data()
            " was left out: do not use that assay.";
     QTest::newRow("own calibration")
         << Unexpected::OwnCalibration << "Plg"
-        << "The calibration ‘R%2’ has the number of one of the factory's assay ‘Plg’, which was left out: do not"
-           " use that assay.";
+        << "The calibration ‘R%2’ has the number or the name of one of the factory's assay ‘Plg’, which was left"
+           " out: do not use that assay.";
     QTest::newRow("name of the factory's")
         << Unexpected::FactoryName << "500"
         << "The assay ‘R%2’ has the name of an assay of the factory's, but the number 500. The factory's was left"
@@ -539,6 +558,10 @@ void TestAttention::tellsOfRowsThatTheStepsDidNotExpect_data()
     QTest::newRow("equal identifiers")
         << Unexpected::EqualIdentifiers << "Own"
         << "The reagents ‘R%2’ and ‘Own’ have the same identifier: change one of them.";
+    QTest::newRow("displayed name of the factory's")
+        << Unexpected::FactoryDisplayName << "500"
+        << "The assay with the number 500 is displayed under the name of the factory's assay ‘R%2’, which was left"
+           " out: check its items, calibrations and checks.";
 }
 
 /// Shows: REP-24

@@ -59,6 +59,10 @@ void TestComparisonMemory::tellsEverythingOrWhyNot_data()
     add("items", "select count(*) from main.assayItem");
     add("names of settings", "select a.name from after.profile");
     add("expiry", "select name, date from after.curve");
+    add("taken numbers", "select ifnull(t.name || '.', '') || b.name");
+    add("factory's names", "select id from main.assayTemplate where name");
+    add("replaced limits", "select c.reportItemFullName");
+    add("equal identifiers", "select a.name, b.name from after.reagent");
 }
 
 /// Shows: REP-12

@@ -41,10 +41,10 @@ QStringList atVersion(int version, const QStringList &statements)
 /// \return a line for each: "ownAssay: TEG, PC"
 QStringList linesOf(const QList<UnexpectedRow> &rows)
 {
-    const QStringList kinds{"ownAssay",           "misplacedLimit", "oldSettingName",
-                            "curveWithoutExpiry", "ownItem",        "ownCalibration",
-                            "factoryName",        "replacedLimit",  "replacedIdentifier",
-                            "equalIdentifiers"};
+    const QStringList kinds{"ownAssay",           "misplacedLimit",    "oldSettingName",
+                            "curveWithoutExpiry", "ownItem",           "ownCalibration",
+                            "factoryName",        "replacedLimit",     "replacedIdentifier",
+                            "equalIdentifiers",   "factoryDisplayName"};
     QStringList lines;
     for (const UnexpectedRow &row : rows)
         lines << QString("%1: %2, %3").arg(kinds.at(int(row.kind)), row.name, row.other);
@@ -184,6 +184,14 @@ void TestUnexpectedRows::findsThem_data()
     QTest::newRow("an own calibration under a number of the factory's")
         << 9 << with("insert into assayCalibration values(33, 1, 'PT-R')") << none
         << QStringList{"ownCalibration: PT-R, vWF"};
+    QTest::newRow("an own calibration with a name of the factory's")
+        << 9 << with("insert into assayCalibration values(500, 1, 'Plg'), (501, 900, 'PC')") << none
+        << QStringList{"ownCalibration: PC, PC", "ownCalibration: Plg, Plg"};
+    QTest::newRow("a calibration of the factory's")
+        << 9 << with("insert into assayCalibration values(500, 26, 'Plg')") << none << none;
+    QTest::newRow("own calibrations under numbers that the factory's share")
+        << 4 << with("insert into assayCalibration values(8, 1, 'a'), (16, 1, 'b')") << none
+        << none;
     QTest::newRow("own calibrations beside numbers of the factory's")
         << 9
         << with(
@@ -192,6 +200,12 @@ void TestUnexpectedRows::findsThem_data()
     QTest::newRow("an own assay with a name of the factory's")
         << 9 << with("insert into assayTemplate values(500, 'PS'), (501, 'ps')") << none
         << QStringList{"factoryName: PS, 500"};
+    const QStringList displayed{
+        "create table assayTemplate(id integer primary key, name text, displayName text)",
+        "insert into assayTemplate values(500, 'Own', 'FM'), (501, 'Plg', 'Plg'), (24, 'vWF', 'vWF')"};
+    QTest::newRow("an own assay that is displayed by a name of the factory's")
+        << 13 << displayed << none
+        << QStringList{"factoryDisplayName: FM, 500", "factoryName: Plg, 501"};
     QTest::newRow("an assay of the factory's")
         << 24 << with("insert into assayTemplate values(17, 'PS')") << none << none;
 
@@ -310,6 +324,14 @@ void TestUnexpectedRows::findsThemAfterAnUpgrade_data()
         << "ownCalibration: PT, Plg";
     QTest::newRow("own assay with a name of the factory's")
         << 5 << own.arg("500", "").replace("TEG", "PS") << "factoryName: PS, 500";
+    QTest::newRow("own calibration with a name of the factory's, numbered by SQLite")
+        << 5 << "update assayCalibration set name = 'PC' where name = 'PT'"
+        << "ownCalibration: PC, PC";
+    QTest::newRow("own calibration with a name of the factory's")
+        << 25 << "update assayCalibration set name = 'Plg' where name = 'PT'"
+        << "ownCalibration: Plg, Plg";
+    QTest::newRow("own assay that is displayed by a name of the factory's")
+        << 13 << own.arg("500", "'FM', ") << "factoryDisplayName: FM, 500";
     QTest::newRow("limit that the factory sets")
         << 4
         << "replace into dataCheck(assayTemplateId, report, reportItemFullName, reportLower, reportUpper) values(7, 1, 'ATIII.P', 20, 140)"
@@ -403,13 +425,19 @@ void TestUnexpectedRows::knowsTheItemsAndCalibrationsThatTheStepsAdd()
     QStringList known;
     for (const FactoryRow &row : factoryRows()) {
         if (row.table == table)
-            known << QString("%1, %2").arg(row.id).arg(row.assay);
+            known << QString("%1, %2, %3").arg(row.id).arg(row.assay).arg(row.name);
     }
+    // calibrations 8 to 16 get the numbers that are free
+    const QString columns = table == "assayItem"
+        ? "id || ', ' || assayTemplateId || ', '"
+        : "iif(id between 8 and 16, 0, id) || ', ' || assayTemplateId || ', ' || name";
+    QStringList added;
+    for (const QString &row :
+         database.rows(QString("select %1 from %2 where id not in (%3) order by id")
+                           .arg(columns, table, own.join(", "))))
+        added << row.mid(1, row.size() - 2); // without its quotes
 
-    QCOMPARE(
-        known,
-        database.rows(QString("select id, assayTemplateId from %1 where id not in (%2) order by id")
-                          .arg(table, own.join(", "))));
+    QCOMPARE(known, added);
 }
 
 QTEST_GUILESS_MAIN(TestUnexpectedRows)
