@@ -36,6 +36,7 @@ public:
         files.writeTo(tried);
         files.settleAt(settled);
         const bool upgraded = upgradedIn(folder, databaseName);
+        require(upgraded || isEdited(), "a sample as it is can be upgraded");
         if (upgraded)
             judgeUpgrade();
         else
@@ -43,6 +44,8 @@ public:
     }
 
 private:
+    bool isEdited() const { return !script.statements.isEmpty() || !script.changes.isEmpty(); }
+
     void judgeRefusal() const
     {
         const DatabaseFiles expected = DatabaseFiles::readFrom(settled);
